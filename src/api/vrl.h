@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+
+#include "api/mask_params.h"
+#include "api/message_table.h"
+#include "base/export.h"
+#include "host/geometry_records.h"
+#include "host/image.h"
+#include "host/shape.h"
+
+// The mask library's exports. Call VRL_Birth once before any other, VRL_Death once when done.
+
+/// Binds the host's graphics engine and warms it with one small fill.
+/// @throws int           the status of the host's binding entry point
+/// @throws CNUBError     "Missing Interface", or an engine failure
+/// @throws QELException  "Math overflow exception"
+/// @throws std::bad_alloc
+VRL_API void VRL_Birth();
+
+/// Ends the binding. Does nothing when it was never started.
+VRL_API void VRL_Death() noexcept;
+
+/// Renders one mask into `buffer`, whose earlier content is lost. The caller owns all arguments.
+/// `transform` (may be null) maps the shape into buffer pixels. `touched` (may be null) receives the rectangle of the
+/// buffer that the mask may have made non-zero; the whole buffer when the mask is inverted or its opacity is 0.
+/// Returns 0, a host status, the stop code of the progress callbacks, or the host's status for an exception; the
+/// buffer then keeps what was written so far.
+VRL_API std::int32_t VRL_MaskWithShape(const DY_Shape* shape, const VRL_MaskParams* params, const M_Matrix3* transform,
+                                       GW_UnoBuffer* buffer, M_LRect* touched);

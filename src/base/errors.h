@@ -1,0 +1,28 @@
+#pragma once
+
+#include <exception>
+
+#include "base/export.h"
+
+/// A size that does not fit while path or table storage grows.
+class VRL_SHARED_TYPE QELException : public std::exception {
+ public:
+    /// `text` is a static, zero-terminated text; it is borrowed and never freed.
+    explicit QELException(const char* text) noexcept : message(text) {}
+    ~QELException() override = default;
+    const char* what() const noexcept override { return message; }
+
+    const char* message;
+};
+
+/// The text of a `QELException` raised by growing storage.
+inline constexpr const char* kMathOverflow = "Math overflow exception";
+
+// The library's own integer codes; host statuses travel beside them as plain integers too.
+inline constexpr int kBrokenInvariant = 1;  // a violated precondition or internal invariant
+inline constexpr int kFailedCheck = 3;      // a missing object, or a failed check after its report
+
+/// Throws a non-zero host status unchanged. The host has reported it already.
+inline void ThrowIfFailed(int status) {
+    if (status != 0) throw status;
+}

@@ -1,0 +1,58 @@
+#include "geometry/mask_path.h"
+
+#include <algorithm>
+#include <memory>
+
+#include "base/errors.h"
+#include "geometry/shape_to_path.h"
+#include "host/nub_error.h"
+
+namespace {
+
+constexpr double kNoExpansion = 1e-12;  // pixels; closer to 0 than this counts as none
+
+CGRXPath PlainPath(const DY_Shape& shape, const M_Matrix3* transform);
+CGRXPath PathOfShape(const DY_Shape& shape);
+VRLp_PathBounds BoundsOf(const CGRXPath& path);
+
+}  // namespace
+
+void VRLp_MakeMaskPath(const DY_Shape& shape, bool /*quality*/, double expansion, double /*pixel_aspect*/,
+                       const M_Matrix3* transform, CGRXPath& path, VRLp_PathBounds& bounds) {
+    bounds = {0, 0, 0, 0};
+    if (expansion >= kNoExpansion || expansion <= -kNoExpansion) {
+        throw NUB_T_MT::CNUBError("Missing Interface");  // the engine does not offset paths yet
+    }
+    path = PlainPath(shape, transform);
+    bounds = BoundsOf(path);
+}
+
+namespace {
+
+CGRXPath PlainPath(const DY_Shape& shape, const M_Matrix3* transform) {
+    std::unique_ptr<DY_Shape> moved;
+    if (transform != nullptr && !transform->IsIdentityWithinEpsilon(0.0)) {
+        moved = std::make_unique<DY_Shape>(shape);
+        moved->Transform(*transform);
+    }
+    const DY_Shape& source = moved ? *moved : shape;
+    const WEX_Item* first = nullptr;  // asked for only to learn that the list can be read
+    ThrowIfFailed(WEX_GetConstAddress(source.GetPoints(), 0, &first));
+    return PathOfShape(source);
+}
+
+CGRXPath PathOfShape(const DY_Shape& shape) {
+    CPIVBezierPath record;
+    VRLp_ShapeToPath(shape, record, true);
+    return CGRXPath::FromRecord(record);
+}
+
+VRLp_PathBounds BoundsOf(const CGRXPath& path) {
+    const GRXPathData data = path.Data();
+    if (data.points.empty()) return {0, 0, 0, 0};
+    const auto [left, right] = std::ranges::minmax(data.points, {}, &M_Vector2T<float>::x);
+    const auto [top, bottom] = std::ranges::minmax(data.points, {}, &M_Vector2T<float>::y);
+    return {left.x, top.y, right.x, bottom.y};
+}
+
+}  // namespace

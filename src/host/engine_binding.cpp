@@ -1,0 +1,215 @@
+#include "host/engine_binding.h"
+
+#include <atomic>
+#include <list>
+#include <mutex>
+#include <string>
+
+#include "host/nub_error.h"
+
+namespace NUB_T_MT {
+namespace {
+
+struct ProcedureName {
+    const char* method;
+    const char* procedure;
+};
+
+// The lookup procedure and the address of the host's unregister count; null while unbound.
+std::atomic<NUBAddressProc> g_lookup{nullptr};
+std::atomic<std::int32_t*> g_unregister_count{nullptr};
+
+void* LookUp(const char* interface_name, const ProcedureName& name) {
+    const NUBAddressProc lookup = g_lookup.load(std::memory_order_acquire);
+    return lookup == nullptr ? nullptr : lookup(interface_name, name.method, name.procedure);
+}
+
+std::int32_t UnregisterCount() {
+    std::int32_t* count = g_unregister_count.load(std::memory_order_acquire);
+    return count == nullptr ? 0 : std::atomic_ref(*count).load(std::memory_order_acquire);
+}
+
+[[noreturn]] void ThrowMissingProcedure() {
+    constexpr std::int32_t kMissingProcedure = 2;
+    throw CNUBError("NUB", kMissingProcedure, "missing procedure");
+}
+
+// The procedures of one engine interface. Filled without a lock: every thread that refills it writes the same addresses.
+template <std::size_t N>
+class InterfaceTable {
+ public:
+    constexpr InterfaceTable(const char* interface_name, const ProcedureName (&names)[N])
+        : interface_name_(interface_name), names_(names) {}
+
+    bool HasAll(std::size_t first_count) {
+        Refresh();
+        for (std::size_t slot = 0; slot < first_count; ++slot)
+            if (slots_[slot].load(std::memory_order_relaxed) == nullptr) return false;
+        return true;
+    }
+
+    template <class Proc>
+    Proc Get(std::size_t slot) {
+        Refresh();
+        void* address = slots_[slot].load(std::memory_order_relaxed);
+        if (address == nullptr) ThrowMissingProcedure();
+        return reinterpret_cast<Proc>(address);
+    }
+
+    void Terminate() noexcept {
+        filled_.store(false, std::memory_order_release);
+        for (auto& slot : slots_) slot.store(nullptr, std::memory_order_relaxed);
+    }
+
+ private:
+    void Refresh() {
+        const std::int32_t count = UnregisterCount();
+        if (filled_.load(std::memory_order_acquire) && count_when_filled_.load(std::memory_order_relaxed) == count) return;
+        for (std::size_t slot = 0; slot < N; ++slot) {
+            slots_[slot].store(LookUp(interface_name_, names_[slot]), std::memory_order_relaxed);
+        }
+        count_when_filled_.store(count, std::memory_order_relaxed);
+        filled_.store(true, std::memory_order_release);
+    }
+
+    const char* interface_name_;
+    const ProcedureName (&names_)[N];
+    std::atomic<void*> slots_[N] = {};
+    std::atomic<std::int32_t> count_when_filled_{0};
+    std::atomic<bool> filled_{false};
+};
+
+// Names of every interface's procedures. Those the library calls come first, in the order of the enumeration beside them.
+
+enum MemorySlot { kRealloc, kFree };
+constexpr ProcedureName kMemoryNames[] = {{"Realloc", "NUBMemoryReallocProc"}, {"Free", "NUBMemoryFreeProc"}};
+InterfaceTable g_memory("NUBMemoryInterface", kMemoryNames);
+
+constexpr ProcedureName kNewPathNames[] = {{"NewPath", "GRXNewPathNewPathV4"}};
+InterfaceTable g_new_path("GRXNewPathInterface", kNewPathNames);
+
+enum PathSlot { kPathAddRef, kPathRelease, kPathGetData, kPathTransform, kCalledPathSlots };
+constexpr ProcedureName kPathNames[] = {
+    {"AddRef", "GRXPathAddRefProc"},
+    {"Release", "GRXPathReleaseProc"},
+    {"GetPathData", "GRXPathGetPathDataProc"},
+    {"Transform", "GRXPathTransformProc"},
+    {"Copy", "GRXPathCopyProc"},
+    {"Append", "GRXPathAppendProc"},
+    {"Reverse", "GRXPathReverseProc"},
+    {"IsEmpty", "GRXPathIsEmptyProc"},
+    {"IsEqual", "GRXPathIsEqualProc"},
+    {"GetEntryCount", "GRXPathGetEntryCountProc"},
+    {"GetSubpathCount", "GRXPathGetSubpathCountProc"},
+    {"GetCurrentPoint", "GRXPathGetCurrentPointProc"},
+    {"GetBounds", "GRXPathGetBoundsProc"},
+    {"GetControlBounds", "GRXPathGetControlBoundsProc"},
+    {"GetArea", "GRXPathGetAreaProc"},
+    {"ContainsPoint", "GRXPathContainsPointProc"},
+    {"Flatten", "GRXPathFlattenProc"},
+};
+static_assert(std::size(kPathNames) == 17);
+InterfaceTable g_path("GRXPathInterface", kPathNames);
+
+enum PainterSlot { kNewFill, kCalledPainterSlots };
+constexpr ProcedureName kPainterNames[] = {{"NewFill", "TAV_BezierPathRasterPainterNewFillProc"},
+                                           {"NewStroke", "TAV_BezierPathRasterPainterNewStrokeProc"}};
+InterfaceTable g_painter("TAV_BezierPathRasterPainterInterface", kPainterNames);
+
+enum ContainerSlot { kContainerRelease, kContainerGetSignature };
+constexpr ProcedureName kContainerNames[] = {{"Release", "NUBContainerReleaseProc"},
+                                             {"GetSignature", "NUBContainerGetSignatureProc"}};
+InterfaceTable g_container("NUBContainerInterface", kContainerNames);
+
+// Method tables of engine objects, one per signature, under one lock.
+struct ObjectTable {
+    std::string signature;
+    PainterMethods methods;
+    std::int32_t count_when_bound;
+};
+std::mutex g_object_lock;
+std::list<ObjectTable> g_object_tables;  // a list: tables are handed out by address
+
+void BindMethods(ObjectTable& table) {
+    const std::int32_t count = UnregisterCount();
+    table.methods.get_info =
+        reinterpret_cast<PIVGetInfoProc>(LookUp(table.signature.c_str(), {"GetInfo", "PIVRasterPainterGetInfoProc"}));
+    table.count_when_bound = count;
+}
+
+ObjectTable& FindOrBindTable(const char* signature) {
+    for (ObjectTable& table : g_object_tables) {
+        if (table.signature != signature) continue;
+        if (table.count_when_bound != UnregisterCount()) BindMethods(table);
+        return table;
+    }
+    ObjectTable& table = g_object_tables.emplace_back(ObjectTable{signature, {}, 0});
+    BindMethods(table);
+    return table;
+}
+
+constexpr const char* kMissingInterface = "Missing Interface";
+
+}  // namespace
+
+bool StartBinding(NUBAddressProc proc) {
+    g_lookup.store(proc, std::memory_order_release);
+    const auto count_address = reinterpret_cast<NUBGetUnregisterCountAddrProc>(
+        LookUp("NUBInterface", {"GetUnregisterCountAddr", "NUBGetUnregisterCountAddr"}));
+    g_unregister_count.store(count_address == nullptr ? nullptr : count_address(), std::memory_order_release);
+    return count_address != nullptr && g_memory.HasAll(std::size(kMemoryNames)) && g_container.HasAll(std::size(kContainerNames));
+}
+
+void EndBinding() noexcept {
+    if (g_lookup.load(std::memory_order_acquire) == nullptr) return;
+    g_memory.Terminate();
+    g_new_path.Terminate();
+    g_path.Terminate();
+    g_painter.Terminate();
+    g_container.Terminate();
+    {
+        const std::scoped_lock lock(g_object_lock);
+        g_object_tables.clear();
+    }
+    g_unregister_count.store(nullptr, std::memory_order_release);
+    g_lookup.store(nullptr, std::memory_order_release);
+}
+
+void BindNewPathInterface() {
+    if (!g_new_path.HasAll(std::size(kNewPathNames))) throw CNUBError(kMissingInterface);
+}
+void BindPathInterface() {
+    if (!g_path.HasAll(kCalledPathSlots)) throw CNUBError(kMissingInterface);
+}
+void BindPainterInterface() {
+    if (!g_painter.HasAll(kCalledPainterSlots)) throw CNUBError(kMissingInterface);
+}
+
+NUBReallocProc MemoryRealloc() { return g_memory.Get<NUBReallocProc>(kRealloc); }
+NUBFreeProc MemoryFree() { return g_memory.Get<NUBFreeProc>(kFree); }
+
+GRXNewPathProc NewPath() { return g_new_path.Get<GRXNewPathProc>(0); }
+
+GRXPathCountProc PathAddRef() { return g_path.Get<GRXPathCountProc>(kPathAddRef); }
+GRXPathCountProc PathRelease() { return g_path.Get<GRXPathCountProc>(kPathRelease); }
+GRXPathGetDataProc PathGetData() { return g_path.Get<GRXPathGetDataProc>(kPathGetData); }
+GRXPathTransformProc PathTransform() { return g_path.Get<GRXPathTransformProc>(kPathTransform); }
+
+TAVNewFillProc NewFill() {
+    BindPainterInterface();
+    return g_painter.Get<TAVNewFillProc>(kNewFill);
+}
+
+NUBContainerCountProc ContainerRelease() { return g_container.Get<NUBContainerCountProc>(kContainerRelease); }
+
+const PainterMethods* MethodsOfPainter(NUBContainer* painter) {
+    if (painter == nullptr) throw CNUBError("invalid container");
+    const char* signature = g_container.Get<NUBContainerGetSignatureProc>(kContainerGetSignature)(painter);
+    if (signature == nullptr) throw CNUBError("couldn't get signature");
+    const std::scoped_lock lock(g_object_lock);
+    const PainterMethods& methods = FindOrBindTable(signature).methods;
+    if (methods.get_info == nullptr) ThrowMissingProcedure();
+    return &methods;
+}
+
+}  // namespace NUB_T_MT

@@ -1,0 +1,177 @@
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include "api/vrl.h"
+#include "host/canceler.h"
+#include "host/engine_binding.h"
+#include "host/nub_error.h"
+#include "refhost/engine/binding.h"
+#include "refhost/engine/engine_error.h"
+#include "refhost/services/faults.h"
+#include "refhost/services/reports.h"
+#include "tests/support/shapes.h"
+
+using NUB_T_MT::CNUBError;
+
+namespace {
+
+// Leaves the library bound and the engine whole, whatever a test did.
+class Lifecycle : public testing::Test {
+ protected:
+    Lifecycle() {
+        refhost::SetReportSink([](const refhost::Report&) { return 0; });
+    }
+    ~Lifecycle() override {
+        refhost::DisarmFaults();
+        refhost::RestoreProcedures();
+        refhost::SetReportSink({});
+        VRL_Death();
+        VRL_Birth();
+    }
+
+    static std::int32_t RenderSmallMask() {
+        const VRL_MaskParams params = PlainParams();
+        GW_UnoBuffer buffer(8, 8, 8);
+        return VRL_MaskWithShape(Rectangle(1, 1, 5, 5).get(), &params, nullptr, &buffer, nullptr);
+    }
+};
+
+std::string MessageOf(void (*call)()) {
+    try {
+        call();
+    } catch (const CNUBError& error) {
+        return std::string(error.Component()) + ":" + error.what();
+    }
+    return "nothing thrown";
+}
+
+const char* NoSignature(NUBContainer*) { return nullptr; }
+const NUBErrorObject* NoPainter(NUBContainer**, std::int32_t, const M_Vector2T<float>*, const PIVPointType*, std::int32_t,
+                                std::int32_t, const PIVMatrix*, const PIVDeviceRect*) {
+    return nullptr;
+}
+const NUBErrorObject* NoMemoryForPainter(NUBContainer**, std::int32_t, const M_Vector2T<float>*, const PIVPointType*,
+                                         std::int32_t, std::int32_t, const PIVMatrix*, const PIVDeviceRect*) {
+    return &refhost::kErrorOutOfMemory;
+}
+
+}  // namespace
+
+TEST_F(Lifecycle, BirthFailsAsTheHostFailsAndLeavesNothingBehind) {
+    const int objects = refhost::LiveEngineObjects();
+    refhost::FailHostCall(refhost::HostCall::kGetNUBAddressProc, 1, 31);
+    try {
+        VRL_Birth();
+        ADD_FAILURE();
+    } catch (int status) {
+        EXPECT_EQ(status, 31);
+    }
+    refhost::DisarmFaults();
+
+    for (const char* interface_name : {"GRXNewPathInterface", "GRXPathInterface", "TAV_BezierPathRasterPainterInterface"}) {
+        VRL_Death();
+        refhost::OverrideProcedure(interface_name, nullptr, nullptr);
+        EXPECT_EQ(MessageOf(VRL_Birth), ":Missing Interface") << interface_name;
+        refhost::RestoreProcedures();
+    }
+    refhost::OverrideProcedure("TAV_BezierPathRasterPainterInterface", "NewFill", reinterpret_cast<void*>(&NoMemoryForPainter));
+    EXPECT_THROW(VRL_Birth(), std::bad_alloc);
+    refhost::RestoreProcedures();
+
+    refhost::FailAnyHostCall(1, 9);
+    EXPECT_THROW(VRL_Birth(), int);
+    int struck = 0;
+    for (int nth = 2;; ++nth, ++struck) {
+        refhost::FailAnyHostCall(nth, 9);
+        const std::string message = MessageOf(VRL_Birth);
+        refhost::DisarmFaults();
+        if (!refhost::FaultStruck()) break;
+        EXPECT_EQ(message, "GRX:injected failure");
+    }
+    EXPECT_EQ(struck, 4);  // new path, its data, new fill, the painter's record
+    EXPECT_EQ(refhost::LiveEngineObjects(), objects);
+}
+
+TEST_F(Lifecycle, DeathUnbindsAndMayComeTwice) {
+    VRL_Death();
+    VRL_Death();
+    EXPECT_EQ(RenderSmallMask(), -1);
+    VRL_Birth();
+    EXPECT_EQ(RenderSmallMask(), 0);
+}
+
+TEST_F(Lifecycle, WithdrawnProceduresAreMissedAndReboundWhenTheyReturn) {
+    const auto missing = [](const char* interface_name, const char* method, void* instead = nullptr) {
+        refhost::TakeReports();
+        refhost::OverrideProcedure(interface_name, method, instead);
+        EXPECT_EQ(RenderSmallMask(), -1);
+        refhost::RestoreProcedures();
+        const auto reports = refhost::TakeReports();
+        return reports.empty() ? std::string("no report") : reports.front().text;
+    };
+    EXPECT_EQ(missing("TAV_BezierPathRasterPainterInterface", nullptr), "Missing Interface");
+    EXPECT_EQ(missing("GRXNewPathInterface", nullptr), "missing procedure");
+    EXPECT_EQ(missing("GRXPathInterface", "GetPathData"), "missing procedure");
+    EXPECT_EQ(missing("PIVRasterPainter", "GetInfo"), "missing procedure");
+    EXPECT_EQ(missing("NUBContainerInterface", "GetSignature", reinterpret_cast<void*>(&NoSignature)), "couldn't get signature");
+    EXPECT_EQ(missing("TAV_BezierPathRasterPainterInterface", "NewFill", reinterpret_cast<void*>(&NoPainter)),
+              "invalid container");
+    EXPECT_EQ(RenderSmallMask(), 0);
+    EXPECT_EQ(refhost::LiveEngineObjects(), 0);
+    try {
+        refhost::OverrideProcedure("GRXPathInterface", "Transform", nullptr);
+        NUB_T_MT::PathTransform();
+        ADD_FAILURE();
+    } catch (const CNUBError& error) {
+        EXPECT_STREQ(error.Component(), "NUB");
+    }
+}
+
+TEST(MessageTable, HoldsFiveTextsAndAnEnd) {
+    EXPECT_STREQ(VRL_G_zref->module, "VRL");
+    ASSERT_EQ(VRL_G_zref->count, 6);
+    EXPECT_STREQ(VRL_G_zref->entries[0].key, "$$$/QZ/VRL/LStr/0000=invalid shape type");
+    EXPECT_STREQ(YQ_ZLookupLStrCache(VRL_G_zref, 4, 0, 0), "non-specific error doing mask expansion");
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(VRL_G_zref->entries[i].cache[0], 0);
+    const YQ_LStrEntry& end = VRL_G_zref->entries[5];
+    EXPECT_EQ(end.key, nullptr);
+    EXPECT_EQ(end.cache[0], -1);
+    EXPECT_EQ(end.cache[1], -1);
+    EXPECT_EQ(end.cache[2], 0);
+}
+
+TEST(ProgPtrCanceler, OnlyTheMainThreadAsksAndTheFirstCodeWins) {
+    static std::atomic<int> calls;
+    static std::atomic<int> answer;
+    calls = 0;
+    answer = 0;
+    const GW_ProgressInfo progress = {nullptr, [](void*) -> std::int32_t { return ++calls, answer; }, nullptr};
+    std::int32_t code = 0;
+    const VRLp_ProgPtrCanceler canceler(&progress, &code);
+    const auto thrown = [&] {
+        try {
+            canceler.Check();
+        } catch (int stop) {
+            return stop;
+        }
+        return 0;
+    };
+    EXPECT_EQ(thrown(), 0);
+    answer = 5;
+    std::thread([&] { EXPECT_EQ(thrown(), 0); }).join();
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(thrown(), 5);
+    answer = 6;
+    EXPECT_EQ(thrown(), 5);
+    std::thread([&] { EXPECT_EQ(thrown(), 5); }).join();
+    answer = 0;
+    EXPECT_EQ(thrown(), 5);  // never returns to 0
+    EXPECT_EQ(calls, 4);
+
+    std::int32_t silent = 0;
+    const VRLp_ProgPtrCanceler without(nullptr, &silent);
+    EXPECT_NO_THROW(without.Check());
+}

@@ -1,0 +1,14 @@
+// Replaces the program's allocation functions by ones that fail when a test has armed an allocation fault.
+
+#include <cstdlib>
+#include <new>
+
+#include "refhost/services/faults.h"
+
+void* operator new(std::size_t size) {
+    void* block = refhost::AllocationFails() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }

@@ -1,0 +1,63 @@
+#include "tool/combine.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace vrltool {
+namespace {
+
+template <class P, class Operation>
+void ForEachSample(const GW_UnoBuffer& mask, GW_UnoBuffer& total, Operation operation) {
+    for (std::int32_t y = 0; y < total.height; ++y) {
+        const P* const m = mask.Row<P>(y);
+        P* const t = total.Row<P>(y);
+        for (std::int32_t x = 0; x < total.width; ++x) t[x] = static_cast<P>(operation(std::uint32_t{t[x]}, std::uint32_t{m[x]}));
+    }
+}
+
+template <class P>
+void CombineSamples(CombineMode mode, const GW_UnoBuffer& mask, GW_UnoBuffer& total) {
+    using Sample = std::uint32_t;
+    static constexpr Sample kMax = SampleTraits<P>::kMax;
+    switch (mode) {
+        case CombineMode::kAdd:
+            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return std::min(a + b, kMax); });
+        case CombineMode::kSubtract:
+            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return a > b ? a - b : 0; });
+        case CombineMode::kIntersect:
+            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return (a * b + kMax / 2) / kMax; });
+        case CombineMode::kLighten:
+            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return std::max(a, b); });
+        case CombineMode::kDarken:
+            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return std::min(a, b); });
+        case CombineMode::kDifference:
+            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return a > b ? a - b : b - a; });
+    }
+}
+
+template <class P>
+void Complement(GW_UnoBuffer& buffer) {
+    ForEachSample<P>(buffer, buffer, [](std::uint32_t a, std::uint32_t) { return SampleTraits<P>::kMax - a; });
+}
+
+}  // namespace
+
+std::optional<CombineMode> CombineModeNamed(std::string_view name) {
+    const auto found = std::find(std::begin(kCombineNames), std::end(kCombineNames), name);
+    if (found == std::end(kCombineNames)) return std::nullopt;
+    return static_cast<CombineMode>(found - std::begin(kCombineNames));
+}
+
+const char* NameOf(CombineMode mode) { return kCombineNames[static_cast<int>(mode)]; }
+
+void StartTotal(CombineMode mode, GW_UnoBuffer& first) {
+    if (mode != CombineMode::kSubtract) return;
+    first.IsDeep() ? Complement<GW_Pixel16>(first) : Complement<GW_Pixel8>(first);
+}
+
+void Combine(CombineMode mode, const GW_UnoBuffer& mask, GW_UnoBuffer& total) {
+    total.IsDeep() ? CombineSamples<GW_Pixel16>(mode, mask, total) : CombineSamples<GW_Pixel8>(mode, mask, total);
+}
+
+}  // namespace vrltool

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vrltool {
+
+/// The time in which the library may be called. Host reports made meanwhile are collected, so that a failure can be
+/// told in one line.
+class LibrarySession {
+ public:
+    /// @throws what `VRL_Birth` throws
+    LibrarySession();
+    LibrarySession(const LibrarySession&) = delete;
+    LibrarySession& operator=(const LibrarySession&) = delete;
+    ~LibrarySession();
+
+    /// Judges the status of a library call that worked on `subject` (a file).
+    /// @throws Failure       for a status other than 0, with what was reported about it
+    /// @throws Interruption  when the call stopped because it was asked to
+    void Check(std::int32_t status, const std::string& subject);
+
+ private:
+    std::string reports_;  // since the last check
+};
+
+}  // namespace vrltool

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/geometry_records.h"
+
+namespace vrltool {
+
+// Values of command line options. Every reader throws CLI::ValidationError, with the text and what it should be.
+
+/// Width and height of a picture in pixels.
+struct PixelSize {
+    std::int32_t width = 0, height = 0;
+};
+
+inline constexpr std::int32_t kMaxSide = 32767;  // pixels; coordinates of rows and runs beyond it are not dependable
+
+PixelSize ParseSize(const std::string& text);  // "WxH"
+double ParseNumber(const std::string& text, double low, double high);
+/// "X" or "X,Y", each from 0; one number stands for both.
+M_Vector2T<double> ParseRadii(const std::string& text);
+M_Matrix3 ParseMatrix(const std::string& text);  // "a,b,c,d,tx,ty"
+
+/// The nearest 16.16 number; the value is within its range.
+std::int32_t ToFixed(double value);
+
+}  // namespace vrltool

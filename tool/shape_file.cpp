@@ -1,0 +1,55 @@
+#include "tool/shape_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "tool/failure.h"
+#include "tool/interrupt.h"
+#include "tool/json_shapes.h"
+#include "tool/svg_reader.h"
+
+namespace vrltool {
+namespace {
+
+struct CloseUnlessStandard {
+    void operator()(std::FILE* file) const {
+        if (file != stdin) std::fclose(file);
+    }
+};
+using InputStream = std::unique_ptr<std::FILE, CloseUnlessStandard>;
+
+std::string ReadWhole(const std::string& path) {
+    const InputStream file(path == kStandardStream ? stdin : std::fopen(path.c_str(), "rb"));
+    if (!file) throw Failure(std::strerror(errno));
+    std::string text;
+    char block[65536];
+    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get())) text.append(block, count);
+    const int error = errno;
+    ThrowIfInterrupted();
+    if (std::ferror(file.get())) throw Failure(std::strerror(error));
+    return text;
+}
+
+std::vector<ShapeRecord> ReadShapes(const std::string& path, const std::string& text) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    const std::size_t mark = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    const std::size_t start = text.find_first_not_of(" \t\r\n", mark);
+    if (start == std::string::npos) throw Failure("the file is empty");
+    if (text[start] == '<' || path.ends_with(".svg")) return ReadSvgShapes(text);
+    if (text[start] == '{' || path.ends_with(".json")) return ReadJsonShapes(text);
+    throw Failure("neither an SVG drawing nor a JSON object");
+}
+
+}  // namespace
+
+std::vector<ShapeRecord> LoadShapes(const std::string& path) {
+    try {
+        return ReadShapes(path, ReadWhole(path));
+    } catch (const Failure& failure) {
+        throw Failure((path == kStandardStream ? "standard input" : path) + ": " + failure.what());
+    }
+}
+
+}  // namespace vrltool

@@ -1,0 +1,51 @@
+#include "tool/work_progress.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+
+#include "tool/interrupt.h"
+
+namespace vrltool {
+namespace {
+
+constexpr std::chrono::milliseconds kShortWork{500};  // nobody needs a bar for less
+constexpr int kBarWidth = 40;                         // characters
+
+}  // namespace
+
+WorkProgress::WorkProgress(std::size_t parts)
+    : info_{this, OnAbort, OnProgress}, parts_(parts), on_terminal_(isatty(STDERR_FILENO) == 1) {}
+
+WorkProgress::~WorkProgress() {
+    if (shown_percent_ >= 0) std::fputs("\r\033[K", stderr);
+}
+
+const GW_ProgressInfo* WorkProgress::ForPart(std::size_t index) {
+    part_ = index;
+    return &info_;
+}
+
+// The signal's number serves as the stop code: any number but 0 does.
+std::int32_t WorkProgress::OnAbort(void*) { return InterruptSignal(); }
+
+std::int32_t WorkProgress::OnProgress(void* refcon, std::int32_t step, std::int32_t total) {
+    WorkProgress& self = *static_cast<WorkProgress*>(refcon);
+    const double share_of_part = total > 0 ? std::clamp(static_cast<double>(step) / total, 0.0, 1.0) : 0;
+    self.Show((static_cast<double>(self.part_) + share_of_part) / static_cast<double>(self.parts_));
+    return InterruptSignal();
+}
+
+void WorkProgress::Show(double share) {
+    const int percent = static_cast<int>(share * 100);
+    if (!on_terminal_ || percent == shown_percent_ || std::chrono::steady_clock::now() - start_ < kShortWork) return;
+    shown_percent_ = percent;
+    const auto filled = static_cast<std::size_t>(share * kBarWidth);
+    const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
+    std::fprintf(stderr, "\r[%s] %3d%%", bar.c_str(), percent);
+    std::fflush(stderr);
+}
+
+}  // namespace vrltool
