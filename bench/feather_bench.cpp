@@ -72,8 +72,8 @@ void FeatherOneLine(benchmark::State& state, const std::vector<P>& source) {
         benchmark::DoNotOptimize(line.data());
     }
     if (line == source) state.SkipWithError("nothing was feathered");
-    state.counters["ns/sample"] =
-        benchmark::Counter(kWidth * 1e-9, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+    state.counters["per_sample"] =
+        benchmark::Counter(kWidth, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 template <class P>

@@ -1,7 +1,6 @@
 #include "refhost/engine/binding.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <optional>
@@ -9,6 +8,8 @@
 
 #include "host/engine.h"
 #include "refhost/engine/engine_error.h"
+#include "refhost/engine/engine_memory.h"
+#include "refhost/engine/offset.h"
 #include "refhost/engine/painter_object.h"
 #include "refhost/engine/path_object.h"
 #include "refhost/services/faults.h"
@@ -33,21 +34,8 @@ const NUBErrorObject* ErrorOf(HostCall call, Work&& work) {
 // --- the binding layer's own services
 
 std::int32_t g_unregister_count = 0;
-std::atomic<int> g_live_blocks{0};
 
 std::int32_t* GetUnregisterCountAddr() { return &g_unregister_count; }
-
-void* Realloc(void* block, std::size_t bytes) {
-    if (AllocationFails()) return nullptr;
-    void* grown = std::realloc(block, bytes);
-    if (grown != nullptr && block == nullptr) ++g_live_blocks;
-    return grown;
-}
-
-void Free(void* block) {
-    std::free(block);
-    if (block != nullptr) --g_live_blocks;
-}
 
 void ReleaseContainer(NUBContainer* container) { ReleaseReference(container); }
 
@@ -85,6 +73,48 @@ const NUBErrorObject* TransformPath(GRXPath** out, GRXPath* path, float a, float
     return ErrorOf(HostCall::kPathTransform, [&] { *out = NewPathObject(path->View(), {a, b, c, d, tx, ty}); });
 }
 
+// --- offsets
+
+constexpr std::uint32_t kLastJoin = static_cast<std::uint32_t>(OffsetJoin::kBevel);
+
+void Send(const CurveContour& contour, GRXOffsetCallback callback, void* refcon) {
+    const auto narrow = [](Point p) { return M_Vector2T<float>{static_cast<float>(p.x), static_cast<float>(p.y)}; };
+    const auto start = narrow(contour.start);
+    callback(0, 0, 0, 0, start.x, start.y, kPIVMove, refcon);
+    for (const CurveSegment& segment : contour.segments) {
+        const auto control1 = narrow(segment.control1);
+        const auto control2 = narrow(segment.control2);
+        const auto end = narrow(segment.end);
+        callback(control1.x, control1.y, control2.x, control2.y, end.x, end.y, segment.straight ? kPIVLine : kPIVCurve, refcon);
+    }
+    callback(0, 0, 0, 0, start.x, start.y, kPIVClose, refcon);
+}
+
+// The arguments without a name choose between ways of offsetting that this engine does not tell apart.
+const NUBErrorObject* GetOffsetPath(GRXOffsetCallback callback, void*, void* refcon, std::int32_t entries,
+                                    const M_Vector2T<float>* points, const PIVPointType* operators, std::int32_t, float distance,
+                                    std::int32_t, std::uint32_t join, float miter_limit, std::int32_t, std::int32_t, std::int32_t,
+                                    std::int32_t, float, std::int32_t, NUBProgressObject*, float) {
+    return ErrorOf(HostCall::kGetOffsetPath, [&] {
+        if (join > kLastJoin) throw EngineError{&kErrorBadArgument};
+        const auto contours = OffsetOutline(ViewOf(entries, points, operators), static_cast<double>(distance),
+                                            static_cast<OffsetJoin>(join), static_cast<double>(miter_limit));
+        for (const CurveContour& contour : contours) Send(contour, callback, refcon);
+    });
+}
+
+// There is one progress object, and it reports nothing; its count tells what was not given back.
+std::atomic<int> g_live_progress{0};
+
+NUBProgressObject* NewNullProgress() {
+    static char progress;
+    if (InjectedStatus(HostCall::kNewNullProgress) != 0) return nullptr;
+    ++g_live_progress;
+    return reinterpret_cast<NUBProgressObject*>(&progress);
+}
+
+void ReleaseProgress(NUBProgressObject*) { --g_live_progress; }
+
 // --- painters
 
 const NUBErrorObject* NewFill(NUBContainer** out, std::int32_t entries, const M_Vector2T<float>* points,
@@ -118,8 +148,8 @@ void* AddressOf(Proc proc) {
 const std::vector<Procedure>& Procedures() {
     static const std::vector<Procedure> procedures = {
         {"NUBInterface", "GetUnregisterCountAddr", "NUBGetUnregisterCountAddr", AddressOf(GetUnregisterCountAddr)},
-        {"NUBMemoryInterface", "Realloc", "NUBMemoryReallocProc", AddressOf(Realloc)},
-        {"NUBMemoryInterface", "Free", "NUBMemoryFreeProc", AddressOf(Free)},
+        {"NUBMemoryInterface", "Realloc", "NUBMemoryReallocProc", AddressOf(ReallocEngineBlock)},
+        {"NUBMemoryInterface", "Free", "NUBMemoryFreeProc", AddressOf(FreeEngineBlock)},
         {"NUBContainerInterface", "Release", "NUBContainerReleaseProc", AddressOf(ReleaseContainer)},
         {"NUBContainerInterface", "GetSignature", "NUBContainerGetSignatureProc", AddressOf(GetContainerSignature)},
         {"GRXNewPathInterface", "NewPath", "GRXNewPathNewPathV4", AddressOf(NewPath)},
@@ -127,6 +157,9 @@ const std::vector<Procedure>& Procedures() {
         {"GRXPathInterface", "Release", "GRXPathReleaseProc", AddressOf(ReleasePath)},
         {"GRXPathInterface", "GetPathData", "GRXPathGetPathDataProc", AddressOf(GetPathData)},
         {"GRXPathInterface", "Transform", "GRXPathTransformProc", AddressOf(TransformPath)},
+        {"GRXOffsetPathInterface", "GetOffsetPath", "GRXOffsetPathGetOffsetPathV4", AddressOf(GetOffsetPath)},
+        {"NUBProgressInterface", "NewNullProgress", "NUBProgressNewNullProgressProc", AddressOf(NewNullProgress)},
+        {"NUBProgressInterface", "Release", "NUBProgressReleaseProc", AddressOf(ReleaseProgress)},
         {"TAV_BezierPathRasterPainterInterface", "NewFill", "TAV_BezierPathRasterPainterNewFillProc", AddressOf(NewFill)},
         {kPainterSignature, "GetInfo", "PIVRasterPainterGetInfoProc", AddressOf(GetPainterInfo)},
     };
@@ -177,9 +210,7 @@ void RestoreProcedures() {
     CountUnregistration();
 }
 
-int LiveEngineObjects() { return LivePathObjects() + LivePainterObjects(); }
-
-int LiveEngineBlocks() { return g_live_blocks; }
+int LiveEngineObjects() { return LivePathObjects() + LivePainterObjects() + LiveEngineBlocks() + g_live_progress; }
 
 }  // namespace refhost
 

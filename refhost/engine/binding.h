@@ -12,9 +12,7 @@ VRL_HOST_API void OverrideProcedure(const char* interface_name, const char* meth
 /// Undoes all overrides.
 VRL_HOST_API void RestoreProcedures();
 
-/// Engine objects (paths and painters) alive in the process.
+/// Engine objects (paths, painters, progress objects) and blocks of the engine's memory alive in the process.
 VRL_HOST_API int LiveEngineObjects();
-/// Blocks of the engine's memory interface alive in the process.
-VRL_HOST_API int LiveEngineBlocks();
 
 }  // namespace refhost

@@ -1,26 +1,13 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include "host/engine.h"
+#include "refhost/engine/fill_rows.h"
 #include "refhost/engine/path_view.h"
 
 namespace refhost {
-
-/// The rows of a fill: for each row its runs, and the coverages of its partial runs packed without gaps.
-struct FillRows {
-    struct Start {
-        std::size_t run, coverage;
-    };
-    std::vector<Start> starts;  // per row
-    std::vector<PIVRun> runs;
-    std::vector<std::uint8_t> coverage;
-
-    void Clear();
-};
 
 /// The fill of one path (nonzero winding, open subpaths filled as if closed) over a device rectangle, with exact area coverage.
 /// The whole rectangle is scan-converted at construction; what is kept is of the order of the outline's length, not of the

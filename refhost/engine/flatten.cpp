@@ -8,8 +8,10 @@
 namespace refhost {
 namespace {
 
-constexpr double kMostPieces = 128;  // a cubic that needs more is halved first, so that its hidden half can be dropped
-constexpr int kMostHalvings = 600;   // coordinates end near 1e77, 256 binary orders above a pixel: never reached by a sound curve
+constexpr double kMostPieces = 128;            // a cubic that needs more is halved first, so that its hidden half can be dropped
+constexpr double kChordBend = 6.0 / 8;         // distance of a single chord, per largest second difference
+constexpr double kMovedBend = 6.0 * 25 / 288;  // of one of n chords between moved points, likewise, times n^2
+constexpr int kMostHalvings = 600;  // coordinates end near 1e77, 256 binary orders above a pixel: never reached by a sound curve
 
 bool LiesOnOneSide(const Cubic& cubic, const VisibleBox& visible);
 double PieceCount(const Cubic& cubic, double tolerance);
@@ -37,13 +39,14 @@ bool LiesOnOneSide(const Cubic& c, const VisibleBox& visible) {
 
 Point SecondDifference(Point a, Point b, Point c) { return a - 2 * b + c; }
 
-/// A piece over 1/n of the parameter bends away from its chord by at most |second derivative| / (8 n^2), and the second
-/// derivative of a cubic is at most 6 times its largest second difference.
+/// An arc over 1/n of the parameter is, with d = |second derivative| / n^2, d / 8 from its chord at most. With the inner points
+/// moved out by d / 12 it is 25 d / 288 at most, near the ends of the curve, which stay. d is at most 6 / n^2 times the largest
+/// second difference.
 double PieceCount(const Cubic& c, double tolerance) {
     const Point first = SecondDifference(c.p0, c.p1, c.p2);
     const Point second = SecondDifference(c.p1, c.p2, c.p3);
     const double bend = std::sqrt(std::max(Dot(first, first), Dot(second, second)));
-    return std::max(1.0, std::ceil(std::sqrt(0.75 * bend / tolerance)));
+    return kChordBend * bend <= tolerance ? 1 : std::max(2.0, std::ceil(std::sqrt(kMovedBend * bend / tolerance)));
 }
 
 /// Halving by means keeps the parts of huge curves joined exactly.

@@ -3,12 +3,18 @@
 #include <algorithm>
 #include <bit>
 #include <cstddef>
-#include <utility>
 
 namespace refhost {
 namespace {
 
 constexpr double kFar = 1 << 18;  // pixels above or below the area beyond which a line is cut before it is rounded
+
+/// A point of the flattened outline.
+struct Vertex {
+    Point at;
+    std::int32_t x = 0, y = 0;  // rounded, sub-units from the area's corner, when it is near
+    bool is_near = false;       // between the area's sides and at most `kFar` above or below it
+};
 
 class LineBuilder {
  public:
@@ -16,13 +22,16 @@ class LineBuilder {
     void AddOutline(std::span<const PIVPointType> operators, std::span<const Point> points);
 
  private:
-    void AddCurve(const Cubic& cubic);
-    void AddLine(Point from, Point to);
+    Vertex VertexAt(Point point) const;
+    void AddCurve(const Cubic& cubic, Vertex from);
+    void AddLine(const Vertex& from, const Vertex& to);
+    void AddClipped(Point from, Point to);
     void AddBetweenSides(Point from, Point to);
     Point CutIfFar(Point end, Point other) const;
-    void AddRounded(std::int32_t from_x, std::int32_t from_y, std::int32_t to_x, std::int32_t to_y);
+    void AddNear(const Vertex& from, const Vertex& to);
 
-    VisibleBox box_;
+    VisibleBox box_;           // the area
+    VisibleBox near_;          // where points are rounded as they are
     std::int64_t left_, top_;  // of the area, sub-units
     std::int32_t height_;      // of the area, sub-units
     double tolerance_;
@@ -44,6 +53,7 @@ double CrossingOf(double at, double from, double to, double from_value, double t
 LineBuilder::LineBuilder(const FillArea& area, double tolerance, std::vector<OutlineLine>& lines)
     : box_{static_cast<double>(area.left), static_cast<double>(area.top), static_cast<double>(area.right),
            static_cast<double>(area.bottom)},
+      near_{box_.left, box_.top - kFar, box_.right, box_.bottom + kFar},
       left_(area.left * kSubOne),
       top_(area.top * kSubOne),
       height_(area.Rows() * kSubOne),
@@ -51,75 +61,76 @@ LineBuilder::LineBuilder(const FillArea& area, double tolerance, std::vector<Out
       lines_(lines) {}
 
 void LineBuilder::AddOutline(std::span<const PIVPointType> operators, std::span<const Point> points) {
-    Point first{};
-    Point current{};
+    Vertex first{};
+    Vertex current{};
     for (std::size_t i = 0; i < operators.size(); ++i) {
-        switch (operators[i]) {
-            case kPIVMove:
-                AddLine(current, first);
-                first = points[i];
-                break;
-            case kPIVLine:
-                AddLine(current, points[i]);
-                break;
-            case kPIVCurve:
-                AddCurve({current, points[i], points[i + 1], points[i + 2]});
-                i += 2;
-                break;
-            case kPIVClose:
-                AddLine(current, first);
-                break;
+        const Vertex before = current;
+        if (operators[i] == kPIVCurve) {
+            AddCurve({before.at, points[i], points[i + 1], points[i + 2]}, before);
+            i += 2;
+            current = VertexAt(points[i]);
+        } else if (operators[i] == kPIVLine) {
+            current = VertexAt(points[i]);
+            AddLine(before, current);
+        } else {
+            AddLine(before, first);
+            if (operators[i] == kPIVMove) first = VertexAt(points[i]);
+            current = first;
         }
-        current = operators[i] == kPIVClose ? first : points[i];
     }
     AddLine(current, first);
 }
 
-void LineBuilder::AddCurve(const Cubic& cubic) {
+Vertex LineBuilder::VertexAt(Point p) const {
+    if (p.x < near_.left || p.x > near_.right || p.y < near_.top || p.y > near_.bottom) return {p};
+    return {p, static_cast<std::int32_t>(RoundToSub(p.x) - left_), static_cast<std::int32_t>(RoundToSub(p.y) - top_), true};
+}
+
+void LineBuilder::AddCurve(const Cubic& cubic, Vertex from) {
     curve_.clear();
     AppendFlattened(cubic, tolerance_, box_, curve_);
-    Point from = cubic.p0;
-    for (const Point to : curve_) {
+    for (const Point point : curve_) {
+        const Vertex to = VertexAt(point);
         AddLine(from, to);
         from = to;
     }
 }
 
-void LineBuilder::AddLine(Point from, Point to) {
-    const auto [low, high] = std::minmax(from.x, to.x);
+void LineBuilder::AddLine(const Vertex& from, const Vertex& to) {
+    if (from.is_near && to.is_near)
+        AddNear(from, to);
+    else
+        AddClipped(from.at, to.at);
+}
+
+void LineBuilder::AddClipped(Point from, Point to) {
     if (std::max(from.y, to.y) <= box_.top || std::min(from.y, to.y) >= box_.bottom) return;
+    const auto [low, high] = std::minmax(from.x, to.x);
     if (low >= box_.left && high <= box_.right) return AddBetweenSides(from, to);
     if (low >= box_.right) return;
     if (high <= box_.left) return AddBetweenSides({box_.left, from.y}, {box_.left, to.y});
     const double side = low < box_.left ? box_.left : box_.right;
     const Point cut = {side, CrossingOf(side, from.x, to.x, from.y, to.y)};
-    AddLine(from, cut);
-    AddLine(cut, to);
+    AddClipped(from, cut);
+    AddClipped(cut, to);
 }
 
-void LineBuilder::AddBetweenSides(Point from, Point to) {
-    const Point a = CutIfFar(from, to);
-    const Point b = CutIfFar(to, from);
-    AddRounded(static_cast<std::int32_t>(RoundToSub(a.x) - left_), static_cast<std::int32_t>(RoundToSub(a.y) - top_),
-               static_cast<std::int32_t>(RoundToSub(b.x) - left_), static_cast<std::int32_t>(RoundToSub(b.y) - top_));
-}
+void LineBuilder::AddBetweenSides(Point from, Point to) { AddNear(VertexAt(CutIfFar(from, to)), VertexAt(CutIfFar(to, from))); }
 
 Point LineBuilder::CutIfFar(Point end, Point other) const {
-    if (end.y >= box_.top - kFar && end.y <= box_.bottom + kFar) return end;
+    if (end.y >= near_.top && end.y <= near_.bottom) return end;
     const double y = end.y < box_.top ? box_.top : box_.bottom;
     return {std::clamp(CrossingOf(y, end.y, other.y, end.x, other.x), box_.left, box_.right), y};
 }
 
-void LineBuilder::AddRounded(std::int32_t from_x, std::int32_t from_y, std::int32_t to_x, std::int32_t to_y) {
-    const bool down = from_y < to_y;
-    if (!down) {
-        std::swap(from_x, to_x);
-        std::swap(from_y, to_y);
-    }
-    if (from_y == to_y || to_y <= 0 || from_y >= height_) return;
+void LineBuilder::AddNear(const Vertex& from, const Vertex& to) {
+    const bool down = from.y < to.y;
+    const Vertex& upper = down ? from : to;
+    const Vertex& lower = down ? to : from;
+    if (upper.y == lower.y || lower.y <= 0 || upper.y >= height_) return;
     constexpr double kSlopeOne = std::int64_t{1} << kSlopeBits;
-    const double slope = kSlopeOne * (static_cast<double>(to_x) - from_x) / (static_cast<double>(to_y) - from_y);
-    lines_.push_back({static_cast<std::int64_t>(slope), from_x, from_y, to_x, to_y, down ? 1 : -1, 0});
+    const double slope = kSlopeOne * (lower.x - upper.x) / (lower.y - upper.y);
+    lines_.push_back({static_cast<std::int64_t>(slope), upper.x, upper.y, lower.x, lower.y, down ? 1 : -1, 0});
 }
 
 }  // namespace

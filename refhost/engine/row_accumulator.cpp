@@ -14,17 +14,24 @@ void RowAccumulator::Reset(std::int32_t columns) {
 
 /// Shares the height out by where the piece meets the column borders; the last column takes what is left, so nothing is lost.
 void RowAccumulator::AddAcross(std::int32_t low, std::int32_t high, std::int32_t height) {
-    const double slope = static_cast<double>(height) / (high - low);
-    const double rounding = height < 0 ? -0.5 : 0.5;
-    std::int32_t used = 0;
-    std::int32_t from = low;
-    for (std::int32_t left = low & -kSubOne; from < high; left += kSubOne) {
-        const std::int32_t to = std::min(left + kSubOne, high);
-        const std::int32_t reached = to == high ? height : static_cast<std::int32_t>(slope * (to - low) + rounding);
-        AddCell(left >> kSubBits, reached - used, (from - left) + (to - left));
-        used = reached;
-        from = to;
+    constexpr int kBits = 30;
+    constexpr std::int64_t kOne = std::int64_t{1} << kBits;
+    const auto slope = static_cast<std::int64_t>(static_cast<double>(height * kOne) / (high - low));
+    const auto height_at = [&](std::int32_t x) { return static_cast<std::int32_t>((slope * (x - low) + kOne / 2) >> kBits); };
+
+    const std::int32_t first = low >> kSubBits;
+    const std::int32_t last = (high - 1) >> kSubBits;
+    std::uint32_t* sum = &sums_[static_cast<std::size_t>(first)];
+    std::int32_t border = (first + 1) << kSubBits;
+    std::int32_t reached = height_at(border);
+    AddCell(sum, reached, low + 2 * kSubOne - border);
+    for (std::int32_t column = first + 1; column < last; ++column) {
+        border += kSubOne;
+        const std::int32_t used = std::exchange(reached, height_at(border));
+        AddCell(++sum, reached - used, kSubOne);
     }
+    AddCell(++sum, height - reached, high - border);
+    Mark(first, last + 1);
 }
 
 }  // namespace refhost

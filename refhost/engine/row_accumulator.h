@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace refhost {
@@ -41,10 +42,13 @@ class RowAccumulator {
  private:
     static constexpr std::int32_t kWord = 64;  // columns per word of `dirty_`, and its words per word of `dirty_words_`
 
-    void AddCell(std::int32_t column, std::int32_t height, std::int32_t twice_from_left);
+    static constexpr std::uint64_t kAllColumns = ~std::uint64_t{0};
+
+    static void AddCell(std::uint32_t* sum, std::int32_t height, std::int32_t twice_from_left);
     void AddAcross(std::int32_t low, std::int32_t high, std::int32_t height);
-    void MarkPair(std::int32_t column);
-    void Mark(std::int32_t column);
+    void Mark(std::int32_t first, std::int32_t last);
+    void MarkWord(std::int32_t word, std::uint64_t columns);
+    void ForgetBehind();
 
     std::int32_t columns_ = 0;
     std::vector<std::uint32_t> sums_;         // change of the winding area from one column to the next
@@ -58,56 +62,68 @@ inline void RowAccumulator::Add(const RowPiece& piece) {
     const std::int32_t high = std::max(piece.x_top, piece.x_bottom);
     const std::int32_t column = low >> kSubBits;
     const std::int32_t left = column << kSubBits;
-    if (high <= left + kSubOne)
-        AddCell(column, height, (low - left) + (high - left));
-    else
+    if (high <= left + kSubOne) {
+        AddCell(&sums_[static_cast<std::size_t>(column)], height, (low - left) + (high - left));
+        Mark(column, column + 1);
+    } else {
         AddAcross(low, high, height);
+    }
 }
 
 /// A piece inside one column covers the part of the pixel right of it and, with its whole height, every pixel after that.
-inline void RowAccumulator::AddCell(std::int32_t column, std::int32_t height, std::int32_t twice_from_left) {
+inline void RowAccumulator::AddCell(std::uint32_t* sum, std::int32_t height, std::int32_t twice_from_left) {
     const std::int32_t passed_on = height * twice_from_left;
-    const auto at = static_cast<std::size_t>(column);
-    sums_[at] += static_cast<std::uint32_t>(height * 2 * kSubOne - passed_on);
-    sums_[at + 1] += static_cast<std::uint32_t>(passed_on);
-    MarkPair(column);
+    sum[0] += static_cast<std::uint32_t>(height * 2 * kSubOne - passed_on);
+    sum[1] += static_cast<std::uint32_t>(passed_on);
 }
 
-inline void RowAccumulator::MarkPair(std::int32_t column) {
-    const std::int32_t bit = column % kWord;
-    const std::int32_t word = column / kWord;
-    dirty_[static_cast<std::size_t>(word)] |= std::uint64_t{3} << bit;
+inline void RowAccumulator::Mark(std::int32_t first, std::int32_t last) {
+    const std::int32_t first_word = first / kWord;
+    const std::int32_t last_word = last / kWord;
+    const std::uint64_t from_first = kAllColumns << (first % kWord);
+    const std::uint64_t to_last = kAllColumns >> (kWord - 1 - last % kWord);
+    if (first_word == last_word) {
+        MarkWord(first_word, from_first & to_last);
+        return;
+    }
+    MarkWord(first_word, from_first);
+    for (std::int32_t word = first_word + 1; word < last_word; ++word) MarkWord(word, kAllColumns);
+    MarkWord(last_word, to_last);
+}
+
+inline void RowAccumulator::MarkWord(std::int32_t word, std::uint64_t columns) {
+    dirty_[static_cast<std::size_t>(word)] |= columns;
     dirty_words_[static_cast<std::size_t>(word / kWord)] |= std::uint64_t{1} << (word % kWord);
-    if (bit == kWord - 1) Mark(column + 1);
 }
 
-inline void RowAccumulator::Mark(std::int32_t column) {
-    const std::int32_t word = column / kWord;
-    dirty_[static_cast<std::size_t>(word)] |= std::uint64_t{1} << (column % kWord);
-    dirty_words_[static_cast<std::size_t>(word / kWord)] |= std::uint64_t{1} << (word % kWord);
+/// What the right border passed on to columns that do not exist.
+inline void RowAccumulator::ForgetBehind() {
+    for (const std::int32_t column : {columns_, columns_ + 1}) {
+        sums_[static_cast<std::size_t>(column)] = 0;
+        dirty_[static_cast<std::size_t>(column / kWord)] &= ~(std::uint64_t{1} << (column % kWord));
+    }
 }
 
+/// Works on copies of the members: bytes that `span` writes could otherwise be theirs, as far as the compiler can tell.
 template <class Span>
 void RowAccumulator::Drain(Span span) {
+    ForgetBehind();
+    std::uint32_t* const sums = sums_.data();
+    std::uint64_t* const dirty = dirty_.data();
     std::uint32_t area = 0;
     std::int32_t done = 0;
-    const auto advance = [&](std::int32_t column) {
-        if (column > done) span(static_cast<std::int32_t>(area), column);
-        done = column;
-    };
     for (std::size_t group = 0; group < dirty_words_.size(); ++group) {
-        for (; dirty_words_[group] != 0; dirty_words_[group] &= dirty_words_[group] - 1) {
-            const std::size_t word = group * kWord + static_cast<std::size_t>(std::countr_zero(dirty_words_[group]));
-            for (std::uint64_t bits = dirty_[word]; bits != 0; bits &= bits - 1) {
-                const std::size_t column = word * kWord + static_cast<std::size_t>(std::countr_zero(bits));
-                advance(std::min(static_cast<std::int32_t>(column), columns_));
-                area += sums_[column];
-                sums_[column] = 0;
+        for (std::uint64_t words = std::exchange(dirty_words_[group], 0); words != 0; words &= words - 1) {
+            const std::int32_t word = static_cast<std::int32_t>(group) * kWord + std::countr_zero(words);
+            for (std::uint64_t bits = std::exchange(dirty[word], 0); bits != 0; bits &= bits - 1) {
+                const std::int32_t column = word * kWord + std::countr_zero(bits);
+                if (column > done) span(static_cast<std::int32_t>(area), column);
+                done = column;
+                area += std::exchange(sums[column], 0);
             }
-            dirty_[word] = 0;
         }
     }
-    advance(columns_);
+    if (columns_ > done) span(static_cast<std::int32_t>(area), columns_);
 }
 
 }  // namespace refhost

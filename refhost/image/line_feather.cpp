@@ -101,9 +101,9 @@ void FeatherChanges(const Kernel& kernel, const Line<P>& line, Range outputs) {
 template <class P>
 int FeatherLine(bool fine, std::int32_t length, std::int32_t lo, std::int32_t hi, std::int32_t radius, const void* scratch,
                 void* line) {
-    if (radius < 0) return kFeatherBadArgument;
+    if (radius < 0) return kStatusBadArgument;
     if (length <= 0) return 0;
-    if (scratch == nullptr || line == nullptr) return kFeatherBadArgument;
+    if (scratch == nullptr || line == nullptr) return kStatusBadArgument;
     if (radius == 0) return 0;
     const Kernel kernel = KernelFor(fine, FixedToDouble(radius));
     const Range outputs = {std::max(lo - kernel.Reach(), std::int64_t{0}), std::min(hi + kernel.Reach(), std::int64_t{length})};
@@ -111,16 +111,16 @@ int FeatherLine(bool fine, std::int32_t length, std::int32_t lo, std::int32_t hi
     try {
         FeatherChanges(kernel, Line<P>{static_cast<P*>(line), length}, outputs);
     } catch (const std::bad_alloc&) {
-        return kFeatherOutOfMemory;
+        return kStatusNoMemory;
     }
     return 0;
 }
 
 // ---- Kernel -------------------------------------------------------------------------------------------------------------------
 
-// 2b - 1 whole weights have variance b (b - 1) / 3, so b is the reach at which that passes the wanted variance. With weight e at
-// b, three times the variance is (b (b - 1) (2b - 1) + 6 e b^2) / (2b - 1 + 2e) = v, solved for e: 0 for b - 1 and 1 for b
-// exactly.
+// 2b - 1 whole weights have variance b (b - 1) / 3: b is the first reach at which one more whole weight on each side would do.
+// With weight e there, three times the variance is (b (b - 1) (2b - 1) + 6 e b^2) / (2b - 1 + 2e) = v. Solved for e: 0 where one
+// less would do, growing to 1.
 Box BoxOfVariance(double v) {
     const double b = std::max(std::ceil((std::sqrt(1.0 + 4.0 * v) - 1.0) / 2.0), 1.0);
     const double edge = (2.0 * b - 1.0) * (v - b * (b - 1.0)) / (2.0 * (3.0 * b * b - v));
@@ -145,7 +145,7 @@ template <class P>
 Filter FilterFor(const Kernel& kernel) {
     constexpr std::int64_t max = SampleTraits<P>::kMax;
     std::int64_t scale = kLargestAverage / max;
-    while (scale * max * (2 * kernel.box.reach + 1) > kLargestSum) scale /= 2;  // the widest box still leaves 1 in 16 bits
+    while (scale * max * (2 * kernel.box.reach + 1) > kLargestSum) scale /= 2;  // never below 1: reaches stay under 2^15
     const auto real_scale = static_cast<double>(scale);
     return {kernel, static_cast<std::uint32_t>(scale), WeightsOf(kernel.box, real_scale), WeightsOf(kernel.box, 1.0),
             WeightsOf(kernel.box, 1.0 / real_scale)};
@@ -238,10 +238,9 @@ void SumUpConstant(std::uint32_t* sums, Range range, std::uint32_t total, std::u
     for (std::int64_t i = range.begin; i < range.end; ++i) sums[i] = total += constant;
 }
 
-/// The entries in use after some of the boxes, and those among them that the changes have reached. Before and after these lie
-/// plateaus.
+/// The entries in use after some of the boxes, and those among them that the changes have reached; the others lie on plateaus.
 struct Extent {
-    std::int64_t first_position, count;
+    std::int64_t count;
     Range changed;
 };
 
@@ -253,7 +252,7 @@ Extent ExtentAfter(int boxes, const Kernel& kernel, Range changes, Range outputs
     const std::int64_t count = outputs.end - outputs.begin + to_come * (2 * kernel.box.reach + 1);
     const std::int64_t spread = boxes * kernel.box.reach;
     const auto entry = [&](std::int64_t position) { return std::clamp(position - first, std::int64_t{0}, count); };
-    return {first, count, {entry(changes.begin - spread), entry(changes.end + spread)}};
+    return {count, {entry(changes.begin - spread), entry(changes.end + spread)}};
 }
 
 template <class FourAt>
@@ -282,8 +281,7 @@ void FeatherStretch(const Filter& filter, const Line<P>& line, Range changes, Ra
 
     const Extent raw = ExtentAfter(0, kernel, changes, outputs);
     std::uint32_t* const sums = WorkingSums(raw.count);
-    std::copy(line.samples + raw.first_position + raw.changed.begin, line.samples + raw.first_position + raw.changed.end,
-              sums + raw.changed.begin);
+    std::copy(line.samples + changes.begin, line.samples + changes.end, sums + raw.changed.begin);
     SumUpStretch(sums, raw, before, after, Load);
 
     Weights weights = filter.first;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/export.h"
+#include "refhost/services/status.h"
 
 // The feather of one line of coverage, the way `GW_FeatherLineProc` asks for it.
 //
@@ -12,13 +13,10 @@
 
 namespace refhost {
 
-inline constexpr int kFeatherBadArgument = -5;  // a negative radius, or a missing line
-inline constexpr int kFeatherOutOfMemory = -4;
-
 /// Feathers the first `length` samples of `line` in place by `radius` (16.16 pixels). `lo` and `hi` only bound what is written,
 /// the samples within reach of [lo, hi): coverage outside them is read as it is. `scratch` is not needed and stays as it was. Any
 /// thread may call at any time; each keeps its working memory from call to call.
-/// @return 0, `kFeatherBadArgument` with the line as it was, or `kFeatherOutOfMemory` with the line feathered in parts
+/// @return 0, `kStatusBadArgument` with the line as it was, or `kStatusNoMemory` with the line feathered in parts
 VRL_HOST_API int FeatherLine8(unsigned char quality, std::int32_t length, std::int32_t lo, std::int32_t hi, std::int32_t radius,
                               void* scratch, void* line);
 VRL_HOST_API int FeatherLine16(unsigned char quality, std::int32_t length, std::int32_t lo, std::int32_t hi, std::int32_t radius,

@@ -28,6 +28,8 @@ enum class HostCall {
     kNewPath,
     kPathGetData,
     kPathTransform,
+    kGetOffsetPath,
+    kNewNullProgress,
     kNewFill,
     kPainterGetInfo,
 };

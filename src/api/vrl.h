@@ -1,7 +1,10 @@
 #pragma once
 
+#include <boost/shared_ptr.hpp>
 #include <cstdint>
+#include <vector>
 
+#include "api/join.h"
 #include "api/mask_params.h"
 #include "api/message_table.h"
 #include "base/export.h"
@@ -28,3 +31,14 @@ VRL_API void VRL_Death() noexcept;
 /// buffer then keeps what was written so far.
 VRL_API std::int32_t VRL_MaskWithShape(const DY_Shape* shape, const VRL_MaskParams* params, const M_Matrix3* transform,
                                        GW_UnoBuffer* buffer, M_LRect* touched);
+
+/// Moves the outline of `shape` inwards by `distance` pixels, outwards when it is negative, and appends what is left to
+/// `shapes`: one new shape for every piece, none when nothing is left. Distances are measured with pixels `pixel_aspect`
+/// as wide as high; it must not be 0. Corners are joined round. The list keeps what it held.
+/// @throws int, CNUBError, QELException, std::bad_alloc  as the host and its engine fail
+VRL_API void VRL_InsetShape(const DY_Shape& shape, bool quality, double distance, double pixel_aspect,
+                            std::vector<boost::shared_ptr<DY_Shape>>& shapes);
+
+/// The same with a choice of join.
+VRL_API void VRL_InsetShapeJoin(const DY_Shape& shape, bool quality, double distance, double pixel_aspect, VRL_Join join,
+                                std::vector<boost::shared_ptr<DY_Shape>>& shapes);

@@ -4,26 +4,29 @@
 #include <memory>
 
 #include "base/errors.h"
+#include "geometry/offset_path.h"
 #include "geometry/shape_to_path.h"
-#include "host/nub_error.h"
+#include "host/matrix.h"
 
 namespace {
 
 constexpr double kNoExpansion = 1e-12;  // pixels; closer to 0 than this counts as none
 
+bool Moves(const M_Matrix3* transform) { return transform != nullptr && !transform->IsIdentityWithinEpsilon(0.0); }
 CGRXPath PlainPath(const DY_Shape& shape, const M_Matrix3* transform);
-CGRXPath PathOfShape(const DY_Shape& shape);
 VRLp_PathBounds BoundsOf(const CGRXPath& path);
 
 }  // namespace
 
-void VRLp_MakeMaskPath(const DY_Shape& shape, bool /*quality*/, double expansion, double /*pixel_aspect*/,
-                       const M_Matrix3* transform, CGRXPath& path, VRLp_PathBounds& bounds) {
+void VRLp_MakeMaskPath(const DY_Shape& shape, bool quality, double expansion, double pixel_aspect, const M_Matrix3* transform,
+                       CGRXPath& path, VRLp_PathBounds& bounds) {
     bounds = {0, 0, 0, 0};
     if (expansion >= kNoExpansion || expansion <= -kNoExpansion) {
-        throw NUB_T_MT::CNUBError("Missing Interface");  // the engine does not offset paths yet
+        ThrowIfFailed(VRLp_OffsetShapePath(shape, quality, expansion, pixel_aspect, kVRLJoinRound, path));
+        if (Moves(transform)) path = path.Transformed(VRLp_EngineMatrix(*transform));
+    } else {
+        path = PlainPath(shape, transform);
     }
-    path = PlainPath(shape, transform);
     bounds = BoundsOf(path);
 }
 
@@ -31,20 +34,14 @@ namespace {
 
 CGRXPath PlainPath(const DY_Shape& shape, const M_Matrix3* transform) {
     std::unique_ptr<DY_Shape> moved;
-    if (transform != nullptr && !transform->IsIdentityWithinEpsilon(0.0)) {
+    if (Moves(transform)) {
         moved = std::make_unique<DY_Shape>(shape);
         moved->Transform(*transform);
     }
     const DY_Shape& source = moved ? *moved : shape;
     const WEX_Item* first = nullptr;  // asked for only to learn that the list can be read
     ThrowIfFailed(WEX_GetConstAddress(source.GetPoints(), 0, &first));
-    return PathOfShape(source);
-}
-
-CGRXPath PathOfShape(const DY_Shape& shape) {
-    CPIVBezierPath record;
-    VRLp_ShapeToPath(shape, record, true);
-    return CGRXPath::FromRecord(record);
+    return VRLp_PathOfShape(source);
 }
 
 VRLp_PathBounds BoundsOf(const CGRXPath& path) {

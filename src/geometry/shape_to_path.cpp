@@ -37,3 +37,9 @@ void VRLp_ShapeToPath(const DY_Shape& shape, CPIVBezierPath& path, bool close) {
     if (point_count > 0) AppendSegments(shape, point_count, path);
     if (close && !shape.IsOpen()) path.ClosePath();
 }
+
+CGRXPath VRLp_PathOfShape(const DY_Shape& shape) {
+    CPIVBezierPath record;
+    VRLp_ShapeToPath(shape, record, true);
+    return CGRXPath::FromRecord(record);
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/bezier_path.h"
+#include "host/grx_path.h"
 #include "host/shape.h"
 
 /// Appends the outline of `shape` to `path`: every segment becomes a cubic, the closing one of a closed shape included.
@@ -8,3 +9,7 @@
 /// @throws int                           a status of the shape model
 /// @throws QELException, std::bad_alloc  the record cannot grow
 void VRLp_ShapeToPath(const DY_Shape& shape, CPIVBezierPath& path, bool close);
+
+/// The engine path of the whole outline.
+/// @throws as VRLp_ShapeToPath and the engine fail
+CGRXPath VRLp_PathOfShape(const DY_Shape& shape);

@@ -87,3 +87,14 @@ using TAVNewFillProc = const NUBErrorObject* (*)(NUBContainer** out, std::int32_
                                                  const PIVPointType* operators, std::int32_t fill_rule, std::int32_t quality,
                                                  const PIVMatrix* matrix, const PIVDeviceRect* device);
 using PIVGetInfoProc = const NUBErrorObject* (*)(NUBContainer* painter, const PIVRasterPainterInfo** info);
+
+/// Receives an outline segment by segment, see HOB_PathCollector::Callback.
+using GRXOffsetCallback = void (*)(float x1, float y1, float x2, float y2, float x3, float y3, PIVPointType op, void* refcon);
+/// Sends the outline of the filled path, grown by `distance`, to `callback`. `join` is 0 miter, 1 round, 2 bevel.
+using GRXOffsetPathProc = const NUBErrorObject* (*)(GRXOffsetCallback callback, void*, void* refcon, std::int32_t entries,
+                                                    const M_Vector2T<float>* points, const PIVPointType* operators, std::int32_t,
+                                                    float distance, std::int32_t, std::uint32_t join, float miter_limit,
+                                                    std::int32_t, std::int32_t, std::int32_t, std::int32_t, float, std::int32_t,
+                                                    NUBProgressObject* progress, float);
+using NUBNewNullProgressProc = NUBProgressObject* (*)();
+using NUBProgressReleaseProc = void (*)(NUBProgressObject* progress);

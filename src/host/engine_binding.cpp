@@ -111,6 +111,11 @@ constexpr ProcedureName kPathNames[] = {
 static_assert(std::size(kPathNames) == 17);
 InterfaceTable g_path("GRXPathInterface", kPathNames);
 
+enum ProgressSlot { kNewNullProgress, kProgressRelease };
+constexpr ProcedureName kProgressNames[] = {{"NewNullProgress", "NUBProgressNewNullProgressProc"},
+                                            {"Release", "NUBProgressReleaseProc"}};
+InterfaceTable g_progress("NUBProgressInterface", kProgressNames);
+
 enum PainterSlot { kNewFill, kCalledPainterSlots };
 constexpr ProcedureName kPainterNames[] = {{"NewFill", "TAV_BezierPathRasterPainterNewFillProc"},
                                            {"NewStroke", "TAV_BezierPathRasterPainterNewStrokeProc"}};
@@ -165,6 +170,7 @@ void EndBinding() noexcept {
     g_memory.Terminate();
     g_new_path.Terminate();
     g_path.Terminate();
+    g_progress.Terminate();
     g_painter.Terminate();
     g_container.Terminate();
     {
@@ -194,6 +200,20 @@ GRXPathCountProc PathAddRef() { return g_path.Get<GRXPathCountProc>(kPathAddRef)
 GRXPathCountProc PathRelease() { return g_path.Get<GRXPathCountProc>(kPathRelease); }
 GRXPathGetDataProc PathGetData() { return g_path.Get<GRXPathGetDataProc>(kPathGetData); }
 GRXPathTransformProc PathTransform() { return g_path.Get<GRXPathTransformProc>(kPathTransform); }
+
+GRXOffsetPathProc GetOffsetPath() {
+    static std::atomic<GRXOffsetPathProc> kept{nullptr};  // every writer stores the same address
+    GRXOffsetPathProc proc = kept.load(std::memory_order_relaxed);
+    if (proc != nullptr) return proc;
+    proc =
+        reinterpret_cast<GRXOffsetPathProc>(LookUp("GRXOffsetPathInterface", {"GetOffsetPath", "GRXOffsetPathGetOffsetPathV4"}));
+    if (proc == nullptr) ThrowMissingProcedure();
+    kept.store(proc, std::memory_order_relaxed);
+    return proc;
+}
+
+NUBNewNullProgressProc NewNullProgress() { return g_progress.Get<NUBNewNullProgressProc>(kNewNullProgress); }
+NUBProgressReleaseProc ProgressRelease() { return g_progress.Get<NUBProgressReleaseProc>(kProgressRelease); }
 
 TAVNewFillProc NewFill() {
     BindPainterInterface();

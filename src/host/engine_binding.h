@@ -34,6 +34,12 @@ GRXPathCountProc PathRelease();
 GRXPathGetDataProc PathGetData();
 GRXPathTransformProc PathTransform();
 
+/// Looked up once and kept for the life of the process.
+GRXOffsetPathProc GetOffsetPath();
+
+NUBNewNullProgressProc NewNullProgress();
+NUBProgressReleaseProc ProgressRelease();
+
 TAVNewFillProc NewFill();
 
 NUBContainerCountProc ContainerRelease();

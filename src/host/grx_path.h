@@ -30,6 +30,8 @@ class CGRXPath {
     CGRXPath Transformed(const PIVMatrix& matrix) const;
 
     bool IsNull() const { return path_ == nullptr; }
+    /// The engine's path, borrowed, for the host.
+    GRXPath* Handle() const { return path_; }
 
  private:
     explicit CGRXPath(GRXPath* owned) : path_(owned) {}

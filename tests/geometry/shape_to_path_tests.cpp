@@ -48,7 +48,7 @@ TEST(ShapeToPath, EverySegmentBecomesACubicAndOnlyClosedShapesClose) {
 }
 
 TEST(BezierPath, MovesToTheHeapAtSixtyFourEntriesAndKeepsWhatItHeld) {
-    const int blocks = refhost::LiveEngineBlocks();
+    const int objects = refhost::LiveEngineObjects();
     {
         CPIVBezierPath path;
         EXPECT_THROW(path.LineTo({1, 1}), NUB_T_MT::CNUBError);
@@ -78,7 +78,7 @@ TEST(BezierPath, MovesToTheHeapAtSixtyFourEntriesAndKeepsWhatItHeld) {
         lines.LineTo({1, 1});
         EXPECT_EQ(lines.capacity, 128U);  // 2 * 63 + 2
     }
-    EXPECT_EQ(refhost::LiveEngineBlocks(), blocks);
+    EXPECT_EQ(refhost::LiveEngineObjects(), objects);
     EXPECT_THROW(CheckedBlockSize(~std::uint64_t{0} / 2, sizeof(WEX_Item)), QELException);
 }
 

@@ -209,10 +209,10 @@ TYPED_TEST(LineFeather, TheLargestRadiusNeitherOverflowsNorLosesThePlateau) {
 TEST(LineFeatherArguments, RefusesNegativeRadiiAndMissingLines) {
     GW_Pixel16 line[] = {0, 32768, 0}, scratch[3] = {};
     for (const GW_FeatherLineProc feather : {refhost::FeatherLine8, refhost::FeatherLine16}) {
-        EXPECT_EQ(feather(1, 3, 0, 3, -1, scratch, line), refhost::kFeatherBadArgument);
-        EXPECT_EQ(feather(1, 3, 0, 3, std::numeric_limits<std::int32_t>::min(), scratch, line), refhost::kFeatherBadArgument);
-        EXPECT_EQ(feather(1, 3, 0, 3, kFixedOne, nullptr, line), refhost::kFeatherBadArgument);
-        EXPECT_EQ(feather(1, 3, 0, 3, kFixedOne, scratch, nullptr), refhost::kFeatherBadArgument);
+        EXPECT_EQ(feather(1, 3, 0, 3, -1, scratch, line), refhost::kStatusBadArgument);
+        EXPECT_EQ(feather(1, 3, 0, 3, std::numeric_limits<std::int32_t>::min(), scratch, line), refhost::kStatusBadArgument);
+        EXPECT_EQ(feather(1, 3, 0, 3, kFixedOne, nullptr, line), refhost::kStatusBadArgument);
+        EXPECT_EQ(feather(1, 3, 0, 3, kFixedOne, scratch, nullptr), refhost::kStatusBadArgument);
         EXPECT_EQ(feather(1, 3, 0, 3, 0, scratch, line), 0);
         EXPECT_EQ(feather(1, 0, -1, 1, kFixedOne, nullptr, nullptr), 0);
         EXPECT_EQ(feather(1, std::numeric_limits<std::int32_t>::min(), -1, 1, kFixedOne, nullptr, nullptr), 0);

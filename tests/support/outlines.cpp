@@ -181,8 +181,8 @@ Outline Blob(double x, double y, double radius, int vertices, std::uint32_t seed
 Outline TracedShape(double x, double y, double radius, int vertices, std::uint32_t seed) {
     std::mt19937 random(seed);
     std::vector<double> radii = BlobRadii(radius, vertices, random);
-    std::uniform_real_distribution<double> jitter(0.97, 1.0);
-    for (double& distance : radii) distance *= jitter(random);
+    std::uniform_real_distribution<double> jitter(0, 1);
+    for (double& distance : radii) distance -= jitter(random);
     return RoundLoop(x, y, radii);
 }
 

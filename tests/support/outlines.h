@@ -35,7 +35,7 @@ Outline Rectangle(double left, double top, double right, double bottom);
 Outline SmoothLoop(const std::vector<refhost::Point>& points);
 /// A smooth round shape of `vertices` cubics that does not cross itself, within 1.5 * `radius` of (x, y).
 Outline Blob(double x, double y, double radius, int vertices, std::uint32_t seed);
-/// A blob with a rough edge, as traced from a picture.
+/// A blob whose edge is rough by a pixel, as traced from a picture.
 Outline TracedShape(double x, double y, double radius, int vertices, std::uint32_t seed);
 /// A star polygon that visits every `step`-th of `points` corners.
 Outline Star(double x, double y, double radius, int points, int step);

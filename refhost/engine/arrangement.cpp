@@ -1,0 +1,442 @@
+#include "refhost/engine/arrangement.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "refhost/engine/box_tree.h"
+
+namespace refhost {
+namespace {
+
+__extension__ using Int128 = __int128;
+
+constexpr std::size_t kMostCrossings = std::size_t{1} << 25;  // about half a gigabyte of cuts; nothing drawn comes near
+constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+
+struct GridVector {
+    std::int64_t x, y;
+};
+
+GridVector operator-(GridPoint a, GridPoint b) {
+    return {std::int64_t{a.x} - std::int64_t{b.x}, std::int64_t{a.y} - std::int64_t{b.y}};
+}
+std::int64_t Cross(GridVector a, GridVector b) { return a.x * b.y - a.y * b.x; }
+std::int64_t Dot(GridVector a, GridVector b) { return a.x * b.x + a.y * b.y; }
+std::uint64_t KeyOf(GridPoint p) { return std::uint64_t{static_cast<std::uint32_t>(p.x)} << 32 | static_cast<std::uint32_t>(p.y); }
+
+// ---- Snapping: where each segment is cut.
+
+/// A segment passes through the hot pixel centred on `at`.
+struct Cut {
+    std::uint32_t segment;
+    GridPoint at;
+};
+
+std::vector<Cut> FindCuts(std::span<const GridSegment> segments);
+bool PassesPixel(const GridSegment& s, std::int64_t cross, GridPoint pixel);
+GridPoint RoundedCrossing(const GridSegment& s, std::int64_t numerator, std::int64_t denominator);
+std::int32_t RoundedStep(std::int64_t extent, std::int64_t numerator, std::int64_t denominator);
+void SortCuts(std::span<const GridSegment> segments, std::vector<Cut>& cuts);
+
+// ---- The planar graph of the snapped segments.
+
+/// An edge between two vertices, lower id first; equal edges are merged. Half-edge 2 e leaves `low`, half-edge 2 e + 1 leaves `high`.
+struct Edge {
+    std::uint32_t low, high;
+    std::int32_t multiplicity;    // segments running from low to high less those running back
+    std::uint32_t up, down;       // one of the segments running from low to high, and back; or kNone
+};
+
+/// Gives grid points consecutive ids in order of first appearance. Open addressing.
+class VertexTable {
+ public:
+    explicit VertexTable(std::size_t expected)
+        : slots_(std::bit_ceil(2 * expected + 2), kNone), shift_(64 - std::countr_zero(slots_.size())) {}
+
+    std::uint32_t IdOf(GridPoint p);
+    const std::vector<GridPoint>& Points() const { return points_; }
+
+ private:
+    void Grow();
+    std::size_t SlotOf(GridPoint p) const { return (KeyOf(p) * 0x9E3779B97F4A7C15U) >> shift_; }
+
+    std::vector<std::uint32_t> slots_;
+    int shift_;
+    std::vector<GridPoint> points_;
+};
+
+class PlanarGraph {
+ public:
+    PlanarGraph(std::span<const GridSegment> segments, std::span<const Cut> cuts);
+
+    void SpreadWindings();
+    Boundary Select(WindingRule rule) const;
+
+ private:
+    using HalfEdge = std::uint32_t;
+
+    void CutSegments(std::span<const GridSegment> segments, std::span<const Cut> cuts, std::vector<Edge>& edges);
+    void MergeEqual(std::vector<Edge>& edges);
+    void BuildFans();
+    void SortFan(std::span<HalfEdge> fan) const;
+
+    void SpreadFrom(std::uint32_t vertex, std::vector<std::uint32_t>& queue);
+    void SpreadAround(std::uint32_t vertex, std::vector<std::uint32_t>& queue);
+    void AnchorComponents();
+    std::int32_t WindingLeftOf(std::uint32_t vertex, const BoxTree& tree) const;
+
+    HalfEdge NextOnBoundary(HalfEdge arriving, const std::vector<HalfEdge>& boundary) const;
+
+    std::span<const HalfEdge> Fan(std::uint32_t vertex) const {
+        return std::span(fans_).subspan(fan_begin_[vertex], fan_begin_[vertex + 1] - fan_begin_[vertex]);
+    }
+    std::uint32_t Tail(HalfEdge h) const { return h % 2 == 0 ? edges_[h / 2].low : edges_[h / 2].high; }
+    std::uint32_t Head(HalfEdge h) const { return Tail(h ^ 1); }
+    GridVector DirectionOf(HalfEdge h) const { return points_[Head(h)] - points_[Tail(h)]; }
+    std::int32_t Multiplicity(HalfEdge h) const { return h % 2 == 0 ? edges_[h / 2].multiplicity : -edges_[h / 2].multiplicity; }
+
+    /// Edges of one connected part, as a range of `spread_order_`, whose windings are known up to a common constant.
+    struct Component {
+        std::size_t end;           // one past its last edge; it begins where the one before ends
+        std::uint32_t leftmost;    // vertex with the smallest x, then y
+    };
+
+    std::vector<GridPoint> points_;
+    std::vector<Edge> edges_;
+    std::vector<HalfEdge> fans_;               // half-edges leaving each vertex, by angle from just past the -x direction
+    std::vector<std::uint32_t> fan_begin_;     // per vertex, and one past the end
+    std::vector<std::uint32_t> fan_position_;  // of each half-edge in fans_
+    std::vector<std::int32_t> left_;           // winding on the left of each half-edge
+    std::vector<bool> known_;                  // per edge
+    std::vector<std::uint32_t> spread_order_;
+    std::vector<Component> components_;
+};
+
+bool IsInside(std::int32_t winding, WindingRule rule) { return rule == WindingRule::kPositive ? winding > 0 : winding != 0; }
+
+}  // namespace
+
+Boundary FindBoundary(std::span<const GridSegment> segments, WindingRule rule) {
+    if (segments.empty()) return {};
+    std::vector<Cut> cuts = FindCuts(segments);
+    SortCuts(segments, cuts);
+    PlanarGraph graph(segments, cuts);
+    graph.SpreadWindings();
+    return graph.Select(rule);
+}
+
+namespace {
+
+// Every vertex is the start of one segment, so testing starts against segments tests all of them.
+std::vector<Cut> FindCuts(std::span<const GridSegment> segments) {
+    std::vector<GridBox> boxes;
+    boxes.reserve(segments.size());
+    for (const GridSegment& s : segments) boxes.push_back(BoxOf(s.from, s.to));
+    const BoxTree tree(std::move(boxes));
+
+    std::vector<Cut> cuts;
+    std::vector<GridPoint> crossings;
+    tree.ForEachPair([&](std::size_t i, std::size_t j) {
+        const GridSegment& a = segments[i];
+        const GridSegment& b = segments[j];
+        const GridVector a_span = a.to - a.from;
+        const GridVector b_span = b.to - b.from;
+        const GridVector apart = b.from - a.from;
+        const std::int64_t parallel = Cross(a_span, b_span);
+        const std::int64_t b_from_beside_a = Cross(a_span, apart);
+        const std::int64_t a_from_beside_b = -Cross(b_span, apart);
+        if (PassesPixel(a, b_from_beside_a, b.from)) cuts.push_back({static_cast<std::uint32_t>(i), b.from});
+        if (PassesPixel(b, a_from_beside_b, a.from)) cuts.push_back({static_cast<std::uint32_t>(j), a.from});
+        const auto straddles = [](std::int64_t one, std::int64_t other) { return (one < 0 && other > 0) || (one > 0 && other < 0); };
+        if (straddles(b_from_beside_a, b_from_beside_a + parallel) && straddles(a_from_beside_b, a_from_beside_b - parallel)) {
+            if (crossings.size() + cuts.size() > kMostCrossings) throw std::bad_alloc();
+            crossings.push_back(RoundedCrossing(b, -b_from_beside_a, parallel));
+        }
+    });
+
+    const auto less = [](GridPoint a, GridPoint b) { return a.x != b.x ? a.x < b.x : a.y < b.y; };
+    std::sort(crossings.begin(), crossings.end(), less);
+    crossings.erase(std::unique(crossings.begin(), crossings.end()), crossings.end());
+    for (const GridPoint p : crossings) {
+        tree.ForEachIn(BoxOf(p, p), [&](std::size_t i) {
+            const GridSegment& s = segments[i];
+            if (PassesPixel(s, Cross(s.to - s.from, p - s.from), p)) cuts.push_back({static_cast<std::uint32_t>(i), p});
+        });
+    }
+    return cuts;
+}
+
+// Separating axes of a segment and a unit square: the two sides of the square and the segment's normal. The square is half-open,
+// [-1/2, 1/2) both ways; only its lower left corner belongs to it, and only a falling line can touch it there alone. `cross` is
+// that of the segment's span with the way from its start to the pixel.
+bool PassesPixel(const GridSegment& s, std::int64_t cross, GridPoint pixel) {
+    const std::int64_t dx = std::int64_t{s.to.x} - std::int64_t{s.from.x};
+    const std::int64_t dy = std::int64_t{s.to.y} - std::int64_t{s.from.y};
+    const std::int64_t reach = std::abs(dx) + std::abs(dy);
+    if (2 * std::abs(cross) > reach) return false;
+    if (!BoxOf(s.from, s.to).Overlaps(BoxOf(pixel, pixel)) || pixel == s.from || pixel == s.to) return false;
+    if (2 * std::abs(cross) < reach) return true;
+    return (dx > 0) != (dy > 0) && dx != 0 && dy != 0 && (cross > 0) == (dx > 0);
+}
+
+GridPoint RoundedCrossing(const GridSegment& s, std::int64_t numerator, std::int64_t denominator) {
+    if (denominator < 0) numerator = -numerator, denominator = -denominator;
+    const GridVector span = s.to - s.from;
+    return {s.from.x + RoundedStep(span.x, numerator, denominator), s.from.y + RoundedStep(span.y, numerator, denominator)};
+}
+
+// floor(extent * numerator / denominator + 1/2), exact. Doubles decide unless the value comes close to a half.
+std::int32_t RoundedStep(std::int64_t extent, std::int64_t numerator, std::int64_t denominator) {
+    constexpr double kDoubtful = 1e-5;  // extent stays below 2^30, so the double's own error is below 1e-6
+    const double value = static_cast<double>(extent) * (static_cast<double>(numerator) / static_cast<double>(denominator)) + 0.5;
+    const double rounded = std::floor(value);
+    if (value - rounded > kDoubtful && value - rounded < 1 - kDoubtful) return static_cast<std::int32_t>(rounded);
+    const Int128 top = 2 * static_cast<Int128>(extent) * numerator + denominator;
+    const Int128 bottom = 2 * static_cast<Int128>(denominator);
+    const Int128 quotient = top / bottom;
+    return static_cast<std::int32_t>(top % bottom < 0 ? quotient - 1 : quotient);
+}
+
+// By segment, then along it; each cut once.
+void SortCuts(std::span<const GridSegment> segments, std::vector<Cut>& cuts) {
+    std::sort(cuts.begin(), cuts.end(), [&](const Cut& a, const Cut& b) {
+        if (a.segment != b.segment) return a.segment < b.segment;
+        const GridSegment& s = segments[a.segment];
+        const std::int64_t ahead = Dot(s.to - s.from, a.at - b.at);
+        return ahead != 0 ? ahead < 0 : KeyOf(a.at) < KeyOf(b.at);
+    });
+    const auto same = [](const Cut& a, const Cut& b) { return a.segment == b.segment && a.at == b.at; };
+    cuts.erase(std::unique(cuts.begin(), cuts.end(), same), cuts.end());
+}
+
+std::uint32_t VertexTable::IdOf(GridPoint p) {
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t slot = SlotOf(p);; slot = (slot + 1) & mask) {
+        if (slots_[slot] == kNone) {
+            slots_[slot] = static_cast<std::uint32_t>(points_.size());
+            points_.push_back(p);
+            if (2 * points_.size() > slots_.size()) Grow();
+            return static_cast<std::uint32_t>(points_.size() - 1);
+        }
+        if (points_[slots_[slot]] == p) return slots_[slot];
+    }
+}
+
+void VertexTable::Grow() {
+    slots_.assign(2 * slots_.size(), kNone);
+    --shift_;
+    for (std::uint32_t id = 0; id < points_.size(); ++id) {
+        std::size_t slot = SlotOf(points_[id]);
+        while (slots_[slot] != kNone) slot = (slot + 1) & (slots_.size() - 1);
+        slots_[slot] = id;
+    }
+}
+
+PlanarGraph::PlanarGraph(std::span<const GridSegment> segments, std::span<const Cut> cuts) {
+    std::vector<Edge> edges;
+    CutSegments(segments, cuts, edges);
+    MergeEqual(edges);
+    BuildFans();
+}
+
+void PlanarGraph::CutSegments(std::span<const GridSegment> segments, std::span<const Cut> cuts, std::vector<Edge>& edges) {
+    VertexTable vertices(segments.size());
+    edges.reserve(segments.size() + cuts.size());
+    auto cut = cuts.begin();
+    for (std::uint32_t i = 0; i < segments.size(); ++i) {
+        std::uint32_t last = vertices.IdOf(segments[i].from);
+        const auto add_edge_to = [&](GridPoint p) {
+            const std::uint32_t next = vertices.IdOf(p);
+            if (last < next) {
+                edges.push_back({last, next, 1, i, kNone});
+            } else {
+                edges.push_back({next, last, -1, kNone, i});
+            }
+            last = next;
+        };
+        for (; cut != cuts.end() && cut->segment == i; ++cut) add_edge_to(cut->at);
+        add_edge_to(segments[i].to);
+    }
+    points_ = vertices.Points();
+}
+
+// Groups the edges by their low vertex, then merges inside each group. Edges whose multiplicity cancels stay: they connect.
+void PlanarGraph::MergeEqual(std::vector<Edge>& edges) {
+    std::vector<std::uint32_t> group_end(points_.size() + 1, 0);
+    for (const Edge& e : edges) ++group_end[e.low + 1];
+    for (std::size_t v = 1; v < group_end.size(); ++v) group_end[v] += group_end[v - 1];
+    std::vector<Edge> grouped(edges.size());
+    for (const Edge& e : edges) grouped[group_end[e.low]++] = e;
+
+    edges_.reserve(edges.size());
+    for (std::size_t begin = 0, v = 0; v < points_.size(); begin = group_end[v++]) {
+        const std::span<Edge> group = std::span(grouped).subspan(begin, group_end[v] - begin);
+        if (group.size() > 1) std::sort(group.begin(), group.end(), [](const Edge& a, const Edge& b) { return a.high < b.high; });
+        for (const Edge& e : group) {
+            if (edges_.empty() || edges_.back().low != e.low || edges_.back().high != e.high) {
+                edges_.push_back(e);
+                continue;
+            }
+            Edge& merged = edges_.back();
+            merged.multiplicity += e.multiplicity;
+            merged.up = std::min(merged.up, e.up);
+            merged.down = std::min(merged.down, e.down);
+        }
+    }
+}
+
+void PlanarGraph::BuildFans() {
+    fan_begin_.assign(points_.size() + 1, 0);
+    for (const Edge& e : edges_) ++fan_begin_[e.low], ++fan_begin_[e.high];
+    for (std::uint32_t v = 0, sum = 0; v < fan_begin_.size(); ++v) sum += std::exchange(fan_begin_[v], sum);
+    fans_.resize(2 * edges_.size());
+    std::vector<std::uint32_t> next(fan_begin_.begin(), fan_begin_.end() - 1);
+    for (HalfEdge h = 0; h < fans_.size(); ++h) fans_[next[Tail(h)]++] = h;
+    fan_position_.resize(fans_.size());
+    for (std::uint32_t v = 0; v < points_.size(); ++v) {
+        SortFan(std::span(fans_).subspan(fan_begin_[v], fan_begin_[v + 1] - fan_begin_[v]));
+        for (std::uint32_t i = fan_begin_[v]; i < fan_begin_[v + 1]; ++i) fan_position_[fans_[i]] = i;
+    }
+}
+
+// By increasing angle in (-pi, pi]. No two directions in a fan are equal, or the edges would overlap.
+void PlanarGraph::SortFan(std::span<HalfEdge> fan) const {
+    const auto is_upper = [](GridVector d) { return d.y >= 0; };
+    std::sort(fan.begin(), fan.end(), [&](HalfEdge a, HalfEdge b) {
+        const GridVector u = DirectionOf(a);
+        const GridVector v = DirectionOf(b);
+        if (is_upper(u) != is_upper(v)) return is_upper(v);
+        return Cross(u, v) > 0 || (Cross(u, v) == 0 && u.x > 0 && v.x < 0);
+    });
+}
+
+void PlanarGraph::SpreadWindings() {
+    left_.assign(fans_.size(), 0);
+    known_.assign(edges_.size(), false);
+    spread_order_.reserve(edges_.size());
+    std::vector<std::uint32_t> queue;
+    for (std::uint32_t v = 0; v < points_.size(); ++v) {
+        if (!known_[Fan(v).front() / 2]) SpreadFrom(v, queue);
+    }
+    AnchorComponents();
+}
+
+// Windings of one component, relative to the sector in front of the first half-edge of `vertex`.
+void PlanarGraph::SpreadFrom(std::uint32_t vertex, std::vector<std::uint32_t>& queue) {
+    const HalfEdge first = Fan(vertex).front();
+    left_[first] = Multiplicity(first);
+    left_[first ^ 1] = 0;
+    known_[first / 2] = true;
+    spread_order_.push_back(first / 2);
+    queue.assign({vertex, Head(first)});
+    std::uint32_t leftmost = vertex;
+    while (!queue.empty()) {
+        const std::uint32_t v = queue.back();
+        queue.pop_back();
+        const GridPoint p = points_[v];
+        const GridPoint best = points_[leftmost];
+        if (p.x < best.x || (p.x == best.x && p.y < best.y)) leftmost = v;
+        SpreadAround(v, queue);
+    }
+    components_.push_back({spread_order_.size(), leftmost});
+}
+
+// Between two neighbours of a fan lies one sector: left of the first, right of the second.
+void PlanarGraph::SpreadAround(std::uint32_t vertex, std::vector<std::uint32_t>& queue) {
+    const std::span<const HalfEdge> fan = Fan(vertex);
+    std::size_t start = 0;
+    while (!known_[fan[start] / 2]) ++start;
+    std::int32_t winding = left_[fan[start]];
+    for (std::size_t k = 1; k < fan.size(); ++k) {
+        const HalfEdge h = fan[(start + k) % fan.size()];
+        left_[h ^ 1] = winding;
+        winding += Multiplicity(h);
+        left_[h] = winding;
+        if (known_[h / 2]) continue;
+        known_[h / 2] = true;
+        spread_order_.push_back(h / 2);
+        queue.push_back(Head(h));
+    }
+}
+
+// A component's leftmost vertex has nothing of its own to the left: the sector there has the winding of all the others.
+void PlanarGraph::AnchorComponents() {
+    std::vector<GridBox> boxes;
+    if (components_.size() > 1) {
+        for (const Edge& e : edges_) boxes.push_back(BoxOf(points_[e.low], points_[e.high]));
+    }
+    const BoxTree tree(std::move(boxes));
+    std::vector<std::int32_t> shifts;
+    for (const Component& component : components_) {
+        const std::int32_t true_winding = components_.size() > 1 ? WindingLeftOf(component.leftmost, tree) : 0;
+        shifts.push_back(true_winding - left_[Fan(component.leftmost).front() ^ 1]);
+    }
+    for (std::size_t c = 0, i = 0; c < components_.size(); ++c) {
+        for (; i < components_[c].end; ++i) {
+            left_[2 * spread_order_[i]] += shifts[c];
+            left_[2 * spread_order_[i] + 1] += shifts[c];
+        }
+    }
+}
+
+// Counts the edges that a ray towards -x crosses; an edge owns its upper end only.
+std::int32_t PlanarGraph::WindingLeftOf(std::uint32_t vertex, const BoxTree& tree) const {
+    const GridPoint p = points_[vertex];
+    std::int32_t winding = 0;
+    tree.ForEachIn({-kLargestGridCoordinate, p.y, p.x, p.y}, [&](std::size_t index) {
+        const Edge& e = edges_[index];
+        const GridPoint low = points_[e.low];
+        const GridPoint high = points_[e.high];
+        const bool rises = low.y <= p.y && p.y < high.y;
+        const bool falls = high.y <= p.y && p.y < low.y;
+        const std::int64_t side = Cross(high - low, p - low);
+        if (falls && side > 0) winding += e.multiplicity;
+        if (rises && side < 0) winding -= e.multiplicity;
+    });
+    return winding;
+}
+
+Boundary PlanarGraph::Select(WindingRule rule) const {
+    std::vector<HalfEdge> boundary(edges_.size(), kNone);  // per edge its half-edge with the inside on the left
+    for (HalfEdge h = 0; h < fans_.size(); ++h) {
+        if (IsInside(left_[h], rule) && !IsInside(left_[h ^ 1], rule)) boundary[h / 2] = h;
+    }
+    Boundary result;
+    for (std::size_t e = 0; e < edges_.size(); ++e) {
+        const HalfEdge first = boundary[e];
+        if (first == kNone) continue;
+        HalfEdge h = first;
+        do {
+            const Edge& edge = edges_[h / 2];
+            const std::uint32_t along = h % 2 == 0 ? edge.up : edge.down;
+            const std::uint32_t against = h % 2 == 0 ? edge.down : edge.up;
+            result.edges.push_back({points_[Tail(h)], along != kNone ? along : against, along == kNone});
+            const HalfEdge next = NextOnBoundary(h, boundary);
+            if (h != first) boundary[h / 2] = kNone;
+            h = next;
+        } while (h != first);
+        boundary[e] = kNone;
+        result.loop_ends.push_back(result.edges.size());
+    }
+    return result;
+}
+
+// The sharpest turn to the left: the first boundary edge met clockwise from the way back. It bounds the same inside sector, so
+// parts that touch in a vertex come apart there. As many boundary edges leave a vertex as arrive, so there always is one.
+PlanarGraph::HalfEdge PlanarGraph::NextOnBoundary(HalfEdge arriving, const std::vector<HalfEdge>& boundary) const {
+    const std::uint32_t vertex = Head(arriving);
+    const std::uint32_t begin = fan_begin_[vertex];
+    const std::uint32_t end = fan_begin_[vertex + 1];
+    std::uint32_t i = fan_position_[arriving ^ 1];
+    do {
+        i = i == begin ? end - 1 : i - 1;
+    } while (boundary[fans_[i] / 2] != fans_[i]);
+    return fans_[i];
+}
+
+}  // namespace
+}  // namespace refhost

@@ -1,0 +1,108 @@
+#include "refhost/engine/offset.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "refhost/engine/arrangement.h"
+#include "refhost/engine/engine_error.h"
+#include "refhost/engine/flat_chain.h"
+#include "refhost/engine/rebuild.h"
+
+namespace refhost {
+namespace {
+
+constexpr double kFitTolerance = 0.01;       // pixels, for parallels and arcs
+constexpr double kFlattenTolerance = 0.01;   // pixels, for finding out what covers what
+constexpr double kSpeckSize = 0.05;          // pixels; a contour smaller than this both ways is left out
+constexpr double kLargestInput = 1e9;        // pixels
+constexpr double kLongestMiter = 100;        // times the distance; longer ones are bevelled whatever the limit
+
+/// The placement in which the work is done: centred, and scaled down when the grid would not hold it otherwise.
+struct Placement {
+    Point shift;
+    double scale;
+};
+
+void RequireUsable(const Outline& outline, double distance, double miter_limit);
+Placement PlacementFor(const Outline& outline, double reach);
+Outline Resolved(const Outline& outline);
+Outline Offset(const Outline& outline, double distance, JoinStyle style);
+bool IsSpeck(std::span<const CurvePiece> loop);
+std::vector<CurveContour> ToContours(const Outline& outline);
+
+}  // namespace
+
+std::vector<CurveContour> OffsetOutline(const PathView& path, double distance, OffsetJoin join, double miter_limit) {
+    const Outline input = ReadOutline(path);
+    RequireUsable(input, distance, miter_limit);
+    const JoinStyle style = {join, std::clamp(miter_limit, 1.0, kLongestMiter)};
+    const double reach = std::abs(distance) * (join == OffsetJoin::kMiter ? style.miter_limit : 1);
+    const Placement placement = PlacementFor(input, reach);
+    const Outline region = Resolved(Transformed(input, placement.shift, placement.scale));
+    const Outline offset = Offset(region, distance * placement.scale, style);
+    // Undoing the placement: p * scale + shift * scale back to p.
+    return ToContours(Transformed(offset, -placement.scale * placement.shift, 1 / placement.scale));
+}
+
+namespace {
+
+void RequireUsable(const Outline& outline, double distance, double miter_limit) {
+    if (!std::isfinite(distance) || !std::isfinite(miter_limit)) throw EngineError{&kErrorNotFinite};
+    if (LargestCoordinate(outline) > kLargestInput || std::abs(distance) > kLargestInput) throw EngineError{&kErrorBadArgument};
+}
+
+// The centre is a whole pixel, so that outlines on whole pixels stay on grid points.
+Placement PlacementFor(const Outline& outline, double reach) {
+    if (outline.pieces.empty()) return {{0, 0}, 1};
+    Point low = outline.pieces.front().curve.p0;
+    Point high = low;
+    for (const CurvePiece& piece : outline.pieces) {
+        for (const Point p : {piece.curve.p0, piece.curve.p1, piece.curve.p2, piece.curve.p3}) {
+            low = {std::min(low.x, p.x), std::min(low.y, p.y)};
+            high = {std::max(high.x, p.x), std::max(high.y, p.y)};
+        }
+    }
+    const Point centre = {std::round(0.5 * (low.x + high.x)), std::round(0.5 * (low.y + high.y))};
+    double extent = std::max(high.x - low.x, high.y - low.y) + reach + 1;
+    double scale = 1;
+    for (; extent > kLargestGridPixel; extent *= 0.5) scale *= 0.5;
+    return {-centre, scale};
+}
+
+/// The outline of the nonzero-filled region: it winds once around every inside point and not at all around the others.
+Outline Resolved(const Outline& outline) {
+    const Outline regular = Regularised(outline);
+    const FlatChain flat = Flatten(regular, kFlattenTolerance);
+    const Boundary boundary = FindBoundary(flat.segments, WindingRule::kNonZero);
+    return Regularised(RebuildCurves(regular, flat, boundary, kFlattenTolerance));
+}
+
+Outline Offset(const Outline& outline, double distance, JoinStyle style) {
+    if (distance == 0) return outline;
+    const Outline chain = BuildOffsetChain(outline, distance, style, kFitTolerance);
+    const FlatChain flat = Flatten(chain, kFlattenTolerance);
+    const Boundary boundary = FindBoundary(flat.segments, WindingRule::kPositive);
+    return RebuildCurves(chain, flat, boundary, kFlattenTolerance);
+}
+
+bool IsSpeck(std::span<const CurvePiece> loop) {
+    const Point origin = loop.front().curve.p0;
+    return std::all_of(loop.begin(), loop.end(), [&](const CurvePiece& piece) {
+        const Cubic& c = piece.curve;
+        return std::max({Distance(c.p1, origin), Distance(c.p2, origin), Distance(c.p3, origin)}) < kSpeckSize;
+    });
+}
+
+std::vector<CurveContour> ToContours(const Outline& outline) {
+    std::vector<CurveContour> contours;
+    for (std::size_t i = 0; i < outline.LoopCount(); ++i) {
+        const std::span<const CurvePiece> loop = outline.Loop(i);
+        if (IsSpeck(loop)) continue;
+        CurveContour& contour = contours.emplace_back(CurveContour{loop.front().curve.p0, {}});
+        for (const CurvePiece& piece : loop) contour.segments.push_back({piece.curve.p1, piece.curve.p2, piece.curve.p3, piece.straight});
+    }
+    return contours;
+}
+
+}  // namespace
+}  // namespace refhost

@@ -1,0 +1,189 @@
+#include "refhost/engine/rebuild.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace refhost {
+namespace {
+
+constexpr double kShortRun = 3;        // grid units; a run of edges this short is an accident of rounding
+constexpr double kWeldDistance = 0.01;  // pixels; ends this close meet half-way, others are connected by a line
+constexpr double kCrossingReach = 10;   // flattening tolerances a crossing of curves may lie from that of their chords
+constexpr double kScaffoldShare = 0.2;  // of a loop's length; true loops have no scaffold in them but for rounding at cusps
+constexpr int kNewtonRounds = 8;
+
+/// Consecutive boundary edges along one piece.
+struct Run {
+    std::uint32_t piece;
+    double from, to;    // parameters; to < from when the boundary runs against the piece
+    GridPoint start;
+    double length;      // grid units
+};
+
+/// Where one run ends and the next begins.
+struct Junction {
+    Point end, start;   // the same point unless a line has to connect them
+};
+
+class LoopRebuilder {
+ public:
+    LoopRebuilder(const Outline& chain, const FlatChain& flat, double tolerance) : chain_(chain), flat_(flat), tolerance_(tolerance) {}
+
+    void Append(std::span<const BoundaryEdge> loop, Outline& result);
+
+ private:
+    void CollectRuns(std::span<const BoundaryEdge> loop);
+    bool Continues(const BoundaryEdge& edge, const BoundaryEdge& next) const;
+    double ParameterAt(std::uint32_t segment, GridPoint p) const;
+    bool IsRoundingSliver() const;
+    void DropAccidentalRuns();
+    Junction Connect(Run& before, Run& after) const;
+    bool MoveToCrossing(Run& before, Run& after) const;
+    void AppendRun(const Run& run, Point start, Point end, Outline& result) const;
+    const CurvePiece& PieceOf(const Run& run) const { return chain_.pieces[run.piece]; }
+
+    const Outline& chain_;
+    const FlatChain& flat_;
+    double tolerance_;
+    std::vector<Run> runs_;
+    std::vector<Junction> junctions_;  // number i lies in front of run i
+};
+
+bool IsPieceEnd(double t) { return t == 0 || t == 1; }
+double GridLength(GridPoint a, GridPoint b);
+
+}  // namespace
+
+Outline RebuildCurves(const Outline& chain, const FlatChain& flat, const Boundary& boundary, double tolerance) {
+    Outline result;
+    LoopRebuilder rebuilder(chain, flat, tolerance);
+    std::size_t begin = 0;
+    for (const std::size_t end : boundary.loop_ends) {
+        rebuilder.Append(std::span(boundary.edges).subspan(begin, end - begin), result);
+        begin = end;
+    }
+    return result;
+}
+
+namespace {
+
+void LoopRebuilder::Append(std::span<const BoundaryEdge> loop, Outline& result) {
+    CollectRuns(loop);
+    if (IsRoundingSliver()) return;
+    DropAccidentalRuns();
+    junctions_.clear();
+    for (std::size_t i = 0; i < runs_.size(); ++i) junctions_.push_back(Connect(runs_[i == 0 ? runs_.size() - 1 : i - 1], runs_[i]));
+    for (std::size_t i = 0; i < runs_.size(); ++i) {
+        const Junction& ahead = junctions_[i + 1 == runs_.size() ? 0 : i + 1];
+        AppendRun(runs_[i], junctions_[i].start, ahead.end, result);
+        if (ahead.end.x != ahead.start.x || ahead.end.y != ahead.start.y) result.pieces.push_back(StraightPiece(ahead.end, ahead.start));
+    }
+    result.CloseLoop();
+}
+
+void LoopRebuilder::CollectRuns(std::span<const BoundaryEdge> loop) {
+    runs_.clear();
+    const std::size_t count = loop.size();
+    std::size_t first = 0;
+    while (first < count && Continues(loop[(first + count - 1) % count], loop[first])) ++first;
+    for (std::size_t k = 0; k < count; ++k) {
+        const BoundaryEdge& edge = loop[(first + k) % count];
+        const BoundaryEdge& next = loop[(first + k + 1) % count];
+        if (k == 0 || !Continues(loop[(first + k - 1) % count], edge)) {
+            runs_.push_back({flat_.sources[edge.segment].piece, ParameterAt(edge.segment, edge.from), 0, edge.from, 0});
+        }
+        runs_.back().to = ParameterAt(edge.segment, next.from);
+        runs_.back().length += GridLength(edge.from, next.from);
+    }
+}
+
+// A step from one segment to its neighbour continues the run only through their common end: a loop inside one piece crosses from
+// one segment to another, possibly the next, anywhere else.
+bool LoopRebuilder::Continues(const BoundaryEdge& edge, const BoundaryEdge& next) const {
+    if (edge.reversed != next.reversed) return false;
+    if (edge.segment == next.segment) return true;
+    const std::uint32_t neighbour = edge.reversed ? edge.segment - 1 : edge.segment + 1;
+    if (next.segment != neighbour || flat_.sources[edge.segment].piece != flat_.sources[neighbour].piece) return false;
+    const GridSegment& s = flat_.segments[edge.segment];
+    return next.from == (edge.reversed ? s.from : s.to);
+}
+
+double LoopRebuilder::ParameterAt(std::uint32_t segment, GridPoint p) const {
+    const GridSegment& s = flat_.segments[segment];
+    const SegmentSource& source = flat_.sources[segment];
+    if (p == s.from) return source.from;
+    if (p == s.to) return source.to;
+    const Point start = FromGrid(s.from);
+    const Point span = FromGrid(s.to) - start;
+    const double fraction = std::clamp(Dot(FromGrid(p) - start, span) / Dot(span, span), 0.0, 1.0);
+    return source.from + (source.to - source.from) * fraction;
+}
+
+// Where a swept strip is thinner than the rounding of its corners it may turn over, which can leave a slit with a scaffold along it.
+bool LoopRebuilder::IsRoundingSliver() const {
+    double whole = 0;
+    double scaffold = 0;
+    for (const Run& run : runs_) {
+        whole += run.length;
+        if (PieceOf(run).scaffold) scaffold += run.length;
+    }
+    return scaffold > kScaffoldShare * whole;
+}
+
+// What remains of such slits on other loops goes too, and runs as short as the rounding itself.
+void LoopRebuilder::DropAccidentalRuns() {
+    const auto is_kept = [&](const Run& run) { return run.length > kShortRun && !PieceOf(run).scaffold; };
+    if (std::count_if(runs_.begin(), runs_.end(), is_kept) >= 2) std::erase_if(runs_, [&](const Run& run) { return !is_kept(run); });
+}
+
+Junction LoopRebuilder::Connect(Run& before, Run& after) const {
+    if (!IsPieceEnd(before.to) || !IsPieceEnd(after.from)) MoveToCrossing(before, after);
+    const Point end = Evaluate(PieceOf(before).curve, before.to);
+    const Point start = Evaluate(PieceOf(after).curve, after.from);
+    if (Distance(end, start) > kWeldDistance) return {end, start};
+    const Point middle = Lerp(end, start, 0.5);
+    return {middle, middle};
+}
+
+// Newton's method for A(u) = B(v). The answer counts only if it lies near the crossing of the chords and leaves both runs their
+// direction. Nearly parallel curves have none such and keep their ends.
+bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
+    const Cubic& a = PieceOf(before).curve;
+    const Cubic& b = PieceOf(after).curve;
+    double u = before.to;
+    double v = after.from;
+    for (int round = 0; round < kNewtonRounds; ++round) {
+        const Point gap = Evaluate(b, v) - Evaluate(a, u);
+        const Point du = FirstDerivative(a, u);
+        const Point dv = FirstDerivative(b, v);
+        const double determinant = Cross(du, dv);
+        if (std::abs(determinant) <= 1e-6 * Length(du) * Length(dv)) return false;
+        u = std::clamp(u + Cross(gap, dv) / determinant, 0.0, 1.0);
+        v = std::clamp(v + Cross(gap, du) / determinant, 0.0, 1.0);
+    }
+    const Point crossing = Evaluate(a, u);
+    const bool has_converged = Distance(crossing, Evaluate(b, v)) < 1e-6;
+    const bool is_near = Distance(crossing, FromGrid(after.start)) < kCrossingReach * tolerance_;
+    const bool keeps_direction = (u > before.from) == (before.to > before.from) && (after.to > v) == (after.to > after.from);
+    if (!has_converged || !is_near || !keeps_direction) return false;
+    before.to = u;
+    after.from = v;
+    return true;
+}
+
+void LoopRebuilder::AppendRun(const Run& run, Point start, Point end, Outline& result) const {
+    const CurvePiece& piece = PieceOf(run);
+    if (piece.straight) return result.pieces.push_back(StraightPiece(start, end));
+    Cubic curve = SubCurve(piece.curve, run.from, run.to);
+    curve.p1 = curve.p1 + (start - curve.p0);
+    curve.p2 = curve.p2 + (end - curve.p3);
+    curve.p0 = start;
+    curve.p3 = end;
+    result.pieces.push_back({curve, false});
+}
+
+double GridLength(GridPoint a, GridPoint b) { return std::hypot(double{1} * b.x - a.x, double{1} * b.y - a.y); }
+
+}  // namespace
+}  // namespace refhost

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "refhost/engine/offset.h"
+
+/// Line segments in a grid of buckets, for plain nearest-segment and winding queries. Slow and simple on purpose: it shares no
+/// code with what it judges.
+class SegmentField {
+ public:
+    struct Segment {
+        refhost::Point from, to;
+    };
+    explicit SegmentField(std::vector<Segment> segments);
+
+    const std::vector<Segment>& Segments() const { return segments_; }
+    double NearestDistance(refhost::Point p) const;  // infinite without segments
+    int Winding(refhost::Point p) const;             // segments taken as closed chains
+    /// Every segment whose bucket the box touches, some of them more than once.
+    void ForEachNear(refhost::Point low, refhost::Point high, const std::function<void(std::size_t)>& visit) const;
+
+ private:
+    int Column(double x) const;
+    int Row(double y) const;
+    const std::vector<std::uint32_t>& Bucket(int column, int row) const;
+
+    std::vector<Segment> segments_;
+    refhost::Point origin_{};
+    double cell_ = 1;
+    int columns_ = 1, rows_ = 1;
+    std::vector<std::vector<std::uint32_t>> buckets_;
+    std::vector<std::vector<std::uint32_t>> by_row_;
+};
+
+/// The region a path fills (nonzero), as a signed distance field: positive outside, exact to about 0.0005 px.
+class FilledRegion {
+ public:
+    explicit FilledRegion(const refhost::PathView& path);
+
+    double SignedDistance(refhost::Point p) const;
+    /// Points at exactly `distance` from the region: the true offset, sampled wherever the outline can generate it.
+    std::vector<refhost::Point> OffsetPoints(double distance) const;
+
+ private:
+    SegmentField outline_;   // as given, for the winding
+    SegmentField boundary_;  // only what separates inside from outside
+};
+
+/// How far a round offset is from the truth. Pixels.
+struct OffsetErrors {
+    double stray = 0;        // the largest distance of an outline point from the true offset
+    double missing = 0;      // the largest distance of a true offset point from the outline
+    int wrong_windings = 0;  // probes that wind neither 0 nor 1, or are on the wrong side by more than 0.05 px
+};
+
+OffsetErrors MeasureOffset(const refhost::PathView& source, double distance, const std::vector<refhost::CurveContour>& result);
+
+/// Chords of contours within `tolerance` pixels.
+std::vector<SegmentField::Segment> Chords(const std::vector<refhost::CurveContour>& contours, double tolerance);
