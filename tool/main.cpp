@@ -51,19 +51,20 @@ void FlushStandardOutput() {
 int Run(int argc, char** argv) {
     CLI::App program("Renders the masks of vector shapes.", "vrl");
     program.set_version_flag("--version", "vrl " VRL_VERSION);
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1);  // a missing one is told below, a misspelt one by the parser
     program.footer(kExamples);
     Command chosen;
     AddMaskCommand(program, chosen);
     AddInfoCommand(program, chosen);
     try {
         program.parse(argc, argv);
+        if (!chosen) throw CLI::RequiredError("A command");
     } catch (const CLI::Success& help_or_version) {
         program.exit(help_or_version);
         FlushStandardOutput();
         return kDone;
     } catch (const CLI::Error& error) {
-        Complain(error.what());
+        Complain(std::string(error.what()) + " (see --help)");
         return kWrongUsage;
     }
     refhost::Initialize();

@@ -65,15 +65,15 @@ struct RenderedMask {
 };
 
 /// The first mask is rendered where the total grows; a second buffer is needed from the second shape on only.
-RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const MaskOptions& options) {
+RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const MaskOptions& options, WorkProgress& progress) {
     LibrarySession library;
-    WorkProgress progress(records.size());
     RenderedMask result;
     MaskBuffer mask;
     for (std::size_t i = 0; i < records.size(); ++i) {
         if (!mask) mask = NewBuffer(options);
         VRL_MaskParams params = options.params;
-        params.progress = progress.ForPart(i);
+        progress.BeginPart(i);
+        params.progress = progress.Callbacks();
         M_LRect& touched = result.touched.emplace_back();
         library.Check(VRL_MaskWithShape(records[i].shape.get(), &params, &options.transform, mask.get(), &touched),
                       options.shapes);
@@ -97,16 +97,25 @@ void PrintTouched(const std::vector<M_LRect>& rects) {
 void RunMask(const MaskOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
     OutputFile output(options.output);
-    const RenderedMask rendered = RenderMasks(records, options);
-    WritePng(*rendered.total, output);
+    WorkProgress progress(records.size() + 1);  // the last part is the writing
+    const RenderedMask rendered = RenderMasks(records, options, progress);
+    progress.BeginPart(records.size());
+    WritePng(*rendered.total, output, progress);
     output.Commit();
     if (options.print_touched) PrintTouched(rendered.touched);
 }
 
-/// An option whose value `read` takes from its text.
+/// An option whose value `read` takes from its text. A complaint gets the option's name.
 template <class Read>
 CLI::Option* AddValue(CLI::App& command, const char* name, const char* value_name, const char* description, Read read) {
-    return command.add_option_function<std::string>(name, read, description)->type_name(value_name);
+    const auto named_read = [name, read](const std::string& text) {
+        try {
+            read(text);
+        } catch (const CLI::ValidationError& error) {
+            throw CLI::ValidationError(name, error.what());
+        }
+    };
+    return command.add_option_function<std::string>(name, named_read, description)->type_name(value_name);
 }
 
 void AddFileArguments(CLI::App& command, MaskOptions& options) {
@@ -134,7 +143,8 @@ void AddMaskArguments(CLI::App& command, MaskOptions& options) {
         params.feather_y = ToFixed(radii.y);
     });
     AddValue(command, "--expand", "PX", "0; other distances are not supported by this version", [](const std::string& text) {
-        if (ParseNumber(text, -kMaxSide, kMaxSide) != 0) throw CLI::ValidationError("--expand is not supported by this version");
+        if (ParseNumber(text, -kMaxSide, kMaxSide) != 0)
+            throw CLI::ValidationError("a distance other than 0 is not supported by this version");
     });
     AddValue(command, "--opacity", "PCT", "level of full coverage in per cent", [&](const std::string& text) {
         params.opacity = ToFixed(ParseNumber(text, 0, 100) / 100);

@@ -13,7 +13,7 @@ void Append(const Point& point, DY_Shape& shape) {
     ThrowIfFailed(WEX_Insert(&item, -1, shape.GetPoints()));
 }
 
-Point Widened(const M_Vector2T<float>& point) { return {point.x, point.y}; }
+Point Widened(const M_Vector2T<float>& point) { return {static_cast<double>(point.x), static_cast<double>(point.y)}; }
 
 }  // namespace
 

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "tool/failure.h"
-#include "tool/interrupt.h"
 
 namespace vrltool {
 namespace {
@@ -90,12 +89,12 @@ void StretchRow(const GW_Pixel16* samples, std::vector<std::uint8_t>& bytes) {
 
 }  // namespace
 
-void WritePng(const GW_UnoBuffer& buffer, OutputFile& file) {
+void WritePng(const GW_UnoBuffer& buffer, OutputFile& file, WorkProgress& progress) {
     PngStream png(file);
     png.Begin(buffer);
     std::vector<std::uint8_t> stretched(buffer.IsDeep() ? static_cast<std::size_t>(buffer.width) * 2 : 0);
     for (std::int32_t y = 0; y < buffer.height; ++y) {
-        ThrowIfInterrupted();
+        progress.Report(y, buffer.height);
         if (buffer.IsDeep()) StretchRow(buffer.Row<GW_Pixel16>(y), stretched);
         png.Row(buffer.IsDeep() ? stretched.data() : buffer.Row<GW_Pixel8>(y));
     }

@@ -23,24 +23,25 @@ WorkProgress::~WorkProgress() {
     if (shown_percent_ >= 0) std::fputs("\r\033[K", stderr);
 }
 
-const GW_ProgressInfo* WorkProgress::ForPart(std::size_t index) {
-    part_ = index;
-    return &info_;
+void WorkProgress::Report(std::int32_t step, std::int32_t total) {
+    Show(step, total);
+    ThrowIfInterrupted();
 }
 
 // The signal's number serves as the stop code: any number but 0 does.
 std::int32_t WorkProgress::OnAbort(void*) { return InterruptSignal(); }
 
 std::int32_t WorkProgress::OnProgress(void* refcon, std::int32_t step, std::int32_t total) {
-    WorkProgress& self = *static_cast<WorkProgress*>(refcon);
-    const double share_of_part = total > 0 ? std::clamp(static_cast<double>(step) / total, 0.0, 1.0) : 0;
-    self.Show((static_cast<double>(self.part_) + share_of_part) / static_cast<double>(self.parts_));
+    static_cast<WorkProgress*>(refcon)->Show(step, total);
     return InterruptSignal();
 }
 
-void WorkProgress::Show(double share) {
+void WorkProgress::Show(std::int32_t step, std::int32_t total) {
+    if (!on_terminal_) return;
+    const double of_part = total > 0 ? std::clamp(static_cast<double>(step) / total, 0.0, 1.0) : 0;
+    const double share = (static_cast<double>(part_) + of_part) / static_cast<double>(parts_);
     const int percent = static_cast<int>(share * 100);
-    if (!on_terminal_ || percent == shown_percent_ || std::chrono::steady_clock::now() - start_ < kShortWork) return;
+    if (percent == shown_percent_ || std::chrono::steady_clock::now() - start_ < kShortWork) return;
     shown_percent_ = percent;
     const auto filled = static_cast<std::size_t>(share * kBarWidth);
     const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');

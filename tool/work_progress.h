@@ -1,29 +1,36 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 #include "host/progress.h"
 
 namespace vrltool {
 
-/// The library's progress callbacks: they pass on a request to stop and draw a bar on standard error when that is a
-/// terminal and the work has gone on for half a second. The line is cleared at the end.
+/// Follows work that consists of several parts, calls of the library or the program's own loops: passes on a request to
+/// stop, and draws a bar on standard error when that is a terminal and the work has gone on for half a second. The line
+/// is cleared at the end.
 class WorkProgress {
  public:
-    /// `parts`: how many calls of the library the work consists of.
     explicit WorkProgress(std::size_t parts);
     WorkProgress(const WorkProgress&) = delete;
     WorkProgress& operator=(const WorkProgress&) = delete;
     ~WorkProgress();
 
-    /// For the call that is part `index` of the work.
-    const GW_ProgressInfo* ForPart(std::size_t index);
+    void BeginPart(std::size_t index) { part_ = index; }
+
+    /// For a call of the library that is the current part.
+    const GW_ProgressInfo* Callbacks() const { return &info_; }
+
+    /// For a loop that is the current part, once a step.
+    /// @throws Interruption
+    void Report(std::int32_t step, std::int32_t total);
 
  private:
     static std::int32_t OnAbort(void* refcon);
     static std::int32_t OnProgress(void* refcon, std::int32_t step, std::int32_t total);
-    void Show(double share);
+    void Show(std::int32_t step, std::int32_t total);
 
     GW_ProgressInfo info_;
     std::size_t parts_;

@@ -36,7 +36,14 @@ struct Cut {
     GridPoint at;
 };
 
-std::vector<Cut> FindCuts(std::span<const GridSegment> segments);
+/// Where the planar graph has its nodes: at the cuts, and at the marked segment starts. Everything between is left alone.
+struct Nodes {
+    std::vector<Cut> cuts;           // by segment, then along it
+    std::vector<char> is_at_start;   // per segment
+};
+
+Nodes FindNodes(std::span<const GridSegment> segments);
+void MarkLoopNodes(std::span<const GridSegment> segments, Nodes& nodes);
 bool PassesPixel(const GridSegment& s, std::int64_t cross, GridPoint pixel);
 GridPoint RoundedCrossing(const GridSegment& s, std::int64_t numerator, std::int64_t denominator);
 std::int32_t RoundedStep(std::int64_t extent, std::int64_t numerator, std::int64_t denominator);
@@ -44,12 +51,19 @@ void SortCuts(std::span<const GridSegment> segments, std::vector<Cut>& cuts);
 
 // ---- The planar graph of the snapped segments.
 
-/// An edge between two vertices, lower id first; equal edges are merged. Half-edge 2 e leaves `low`, half-edge 2 e + 1 leaves `high`.
+/// Consecutive segments, or parts of the first and last, that lead from one vertex to another without meeting anything.
+struct Stretch {
+    std::uint32_t first, last;
+};
+
+/// An edge between two vertices, lower id first. Equal edges are merged; such have no vertices of their segments inside. Half-edge
+/// 2 e leaves `low`, half-edge 2 e + 1 leaves `high`.
 struct Edge {
     std::uint32_t low, high;
-    std::int32_t multiplicity;    // segments running from low to high less those running back
-    std::uint32_t up, down;       // one of the segments running from low to high, and back; or kNone
+    std::int32_t multiplicity;  // stretches running from low to high less those running back
+    Stretch up, down;           // one of those running from low to high, and back; `first` is kNone when there is none
 };
+constexpr Stretch kNoStretch = {kNone, kNone};
 
 /// Gives grid points consecutive ids in order of first appearance. Open addressing.
 class VertexTable {
@@ -71,7 +85,7 @@ class VertexTable {
 
 class PlanarGraph {
  public:
-    PlanarGraph(std::span<const GridSegment> segments, std::span<const Cut> cuts);
+    PlanarGraph(std::span<const GridSegment> segments, const Nodes& nodes);
 
     void SpreadWindings();
     Boundary Select(WindingRule rule) const;
@@ -79,24 +93,26 @@ class PlanarGraph {
  private:
     using HalfEdge = std::uint32_t;
 
-    void CutSegments(std::span<const GridSegment> segments, std::span<const Cut> cuts, std::vector<Edge>& edges);
-    void MergeEqual(std::vector<Edge>& edges);
+    std::vector<Edge> CutSegments(const Nodes& nodes);
+    void MergeEqual(std::span<const Edge> edges);
     void BuildFans();
     void SortFan(std::span<HalfEdge> fan) const;
 
     void SpreadFrom(std::uint32_t vertex, std::vector<std::uint32_t>& queue);
     void SpreadAround(std::uint32_t vertex, std::vector<std::uint32_t>& queue);
     void AnchorComponents();
-    std::int32_t WindingLeftOf(std::uint32_t vertex, const BoxTree& tree) const;
+    std::vector<std::int32_t> OuterWindings() const;
 
     HalfEdge NextOnBoundary(HalfEdge arriving, const std::vector<HalfEdge>& boundary) const;
+    void AppendBoundaryEdges(HalfEdge h, std::vector<BoundaryEdge>& out) const;
 
     std::span<const HalfEdge> Fan(std::uint32_t vertex) const {
         return std::span(fans_).subspan(fan_begin_[vertex], fan_begin_[vertex + 1] - fan_begin_[vertex]);
     }
     std::uint32_t Tail(HalfEdge h) const { return h % 2 == 0 ? edges_[h / 2].low : edges_[h / 2].high; }
     std::uint32_t Head(HalfEdge h) const { return Tail(h ^ 1); }
-    GridVector DirectionOf(HalfEdge h) const { return points_[Head(h)] - points_[Tail(h)]; }
+    GridVector DirectionOf(HalfEdge h) const { return NeighbourOnEdge(h) - points_[Tail(h)]; }
+    GridPoint NeighbourOnEdge(HalfEdge h) const;
     std::int32_t Multiplicity(HalfEdge h) const { return h % 2 == 0 ? edges_[h / 2].multiplicity : -edges_[h / 2].multiplicity; }
 
     /// Edges of one connected part, as a range of `spread_order_`, whose windings are known up to a common constant.
@@ -105,7 +121,8 @@ class PlanarGraph {
         std::uint32_t leftmost;    // vertex with the smallest x, then y
     };
 
-    std::vector<GridPoint> points_;
+    std::span<const GridSegment> segments_;
+    std::vector<GridPoint> points_;  // of the vertices
     std::vector<Edge> edges_;
     std::vector<HalfEdge> fans_;               // half-edges leaving each vertex, by angle from just past the -x direction
     std::vector<std::uint32_t> fan_begin_;     // per vertex, and one past the end
@@ -122,24 +139,26 @@ bool IsInside(std::int32_t winding, WindingRule rule) { return rule == WindingRu
 
 Boundary FindBoundary(std::span<const GridSegment> segments, WindingRule rule) {
     if (segments.empty()) return {};
-    std::vector<Cut> cuts = FindCuts(segments);
-    SortCuts(segments, cuts);
-    PlanarGraph graph(segments, cuts);
+    PlanarGraph graph(segments, FindNodes(segments));
     graph.SpreadWindings();
     return graph.Select(rule);
 }
 
 namespace {
 
-// Every vertex is the start of one segment, so testing starts against segments tests all of them.
-std::vector<Cut> FindCuts(std::span<const GridSegment> segments) {
+// Every segment end is the start of another segment, so testing starts against segments tests all of them.
+Nodes FindNodes(std::span<const GridSegment> segments) {
     std::vector<GridBox> boxes;
     boxes.reserve(segments.size());
     for (const GridSegment& s : segments) boxes.push_back(BoxOf(s.from, s.to));
     const BoxTree tree(std::move(boxes));
 
-    std::vector<Cut> cuts;
+    Nodes nodes = {{}, std::vector<char>(segments.size(), false)};
     std::vector<GridPoint> crossings;
+    const auto cut_at_start = [&](std::size_t cut, std::size_t start) {
+        nodes.cuts.push_back({static_cast<std::uint32_t>(cut), segments[start].from});
+        nodes.is_at_start[start] = true;
+    };
     tree.ForEachPair([&](std::size_t i, std::size_t j) {
         const GridSegment& a = segments[i];
         const GridSegment& b = segments[j];
@@ -149,25 +168,41 @@ std::vector<Cut> FindCuts(std::span<const GridSegment> segments) {
         const std::int64_t parallel = Cross(a_span, b_span);
         const std::int64_t b_from_beside_a = Cross(a_span, apart);
         const std::int64_t a_from_beside_b = -Cross(b_span, apart);
-        if (PassesPixel(a, b_from_beside_a, b.from)) cuts.push_back({static_cast<std::uint32_t>(i), b.from});
-        if (PassesPixel(b, a_from_beside_b, a.from)) cuts.push_back({static_cast<std::uint32_t>(j), a.from});
+        if (a.from == b.from) nodes.is_at_start[i] = nodes.is_at_start[j] = true;
+        if (PassesPixel(a, b_from_beside_a, b.from)) cut_at_start(i, j);
+        if (PassesPixel(b, a_from_beside_b, a.from)) cut_at_start(j, i);
         const auto straddles = [](std::int64_t one, std::int64_t other) { return (one < 0 && other > 0) || (one > 0 && other < 0); };
         if (straddles(b_from_beside_a, b_from_beside_a + parallel) && straddles(a_from_beside_b, a_from_beside_b - parallel)) {
-            if (crossings.size() + cuts.size() > kMostCrossings) throw std::bad_alloc();
+            if (crossings.size() + nodes.cuts.size() > kMostCrossings) throw std::bad_alloc();
             crossings.push_back(RoundedCrossing(b, -b_from_beside_a, parallel));
         }
     });
 
-    const auto less = [](GridPoint a, GridPoint b) { return a.x != b.x ? a.x < b.x : a.y < b.y; };
-    std::sort(crossings.begin(), crossings.end(), less);
+    std::sort(crossings.begin(), crossings.end(), [](GridPoint a, GridPoint b) { return KeyOf(a) < KeyOf(b); });
     crossings.erase(std::unique(crossings.begin(), crossings.end()), crossings.end());
     for (const GridPoint p : crossings) {
         tree.ForEachIn(BoxOf(p, p), [&](std::size_t i) {
             const GridSegment& s = segments[i];
-            if (PassesPixel(s, Cross(s.to - s.from, p - s.from), p)) cuts.push_back({static_cast<std::uint32_t>(i), p});
+            if (p == s.from) nodes.is_at_start[i] = true;
+            if (PassesPixel(s, Cross(s.to - s.from, p - s.from), p)) nodes.cuts.push_back({static_cast<std::uint32_t>(i), p});
         });
     }
-    return cuts;
+    SortCuts(segments, nodes.cuts);
+    MarkLoopNodes(segments, nodes);
+    return nodes;
+}
+
+// A loop starts at a node, so that no stretch runs across its seam, and has one in its leftmost point, where windings are anchored.
+void MarkLoopNodes(std::span<const GridSegment> segments, Nodes& nodes) {
+    std::size_t leftmost = 0;
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        const bool starts_loop = i == 0 || segments[i].from != segments[i - 1].to;
+        if (starts_loop) nodes.is_at_start[i] = nodes.is_at_start[leftmost] = true;
+        const GridPoint p = segments[i].from;
+        const GridPoint best = segments[leftmost].from;
+        if (starts_loop || p.x < best.x || (p.x == best.x && p.y < best.y)) leftmost = i;
+    }
+    nodes.is_at_start[leftmost] = true;
 }
 
 // Separating axes of a segment and a unit square: the two sides of the square and the segment's normal. The square is half-open,
@@ -236,55 +271,64 @@ void VertexTable::Grow() {
     }
 }
 
-PlanarGraph::PlanarGraph(std::span<const GridSegment> segments, std::span<const Cut> cuts) {
-    std::vector<Edge> edges;
-    CutSegments(segments, cuts, edges);
-    MergeEqual(edges);
+PlanarGraph::PlanarGraph(std::span<const GridSegment> segments, const Nodes& nodes) : segments_(segments) {
+    MergeEqual(CutSegments(nodes));
     BuildFans();
 }
 
-void PlanarGraph::CutSegments(std::span<const GridSegment> segments, std::span<const Cut> cuts, std::vector<Edge>& edges) {
-    VertexTable vertices(segments.size());
-    edges.reserve(segments.size() + cuts.size());
-    auto cut = cuts.begin();
-    for (std::uint32_t i = 0; i < segments.size(); ++i) {
-        std::uint32_t last = vertices.IdOf(segments[i].from);
-        const auto add_edge_to = [&](GridPoint p) {
-            const std::uint32_t next = vertices.IdOf(p);
-            if (last < next) {
-                edges.push_back({last, next, 1, i, kNone});
-            } else {
-                edges.push_back({next, last, -1, kNone, i});
-            }
-            last = next;
-        };
-        for (; cut != cuts.end() && cut->segment == i; ++cut) add_edge_to(cut->at);
-        add_edge_to(segments[i].to);
+std::vector<Edge> PlanarGraph::CutSegments(const Nodes& nodes) {
+    VertexTable vertices(nodes.cuts.size());
+    std::vector<Edge> edges;
+    auto cut = nodes.cuts.begin();
+    std::uint32_t last = kNone;
+    Stretch stretch = kNoStretch;
+    const auto end_stretch_at = [&](GridPoint p) {
+        const std::uint32_t vertex = vertices.IdOf(p);
+        if (last < vertex) {
+            edges.push_back({last, vertex, 1, stretch, kNoStretch});
+        } else {
+            edges.push_back({vertex, last, -1, kNoStretch, stretch});
+        }
+        last = vertex;
+    };
+    for (std::uint32_t i = 0; i < segments_.size(); ++i) {
+        if (i == 0 || segments_[i].from != segments_[i - 1].to) last = vertices.IdOf(segments_[i].from);
+        if (nodes.is_at_start[i]) stretch.first = i;
+        stretch.last = i;
+        for (; cut != nodes.cuts.end() && cut->segment == i; ++cut) {
+            end_stretch_at(cut->at);
+            stretch.first = i;
+        }
+        const bool ends_loop = i + 1 == segments_.size() || segments_[i + 1].from != segments_[i].to;
+        if (ends_loop || nodes.is_at_start[i + 1]) end_stretch_at(segments_[i].to);
     }
     points_ = vertices.Points();
+    return edges;
 }
 
 // Groups the edges by their low vertex, then merges inside each group. Edges whose multiplicity cancels stay: they connect.
-void PlanarGraph::MergeEqual(std::vector<Edge>& edges) {
+void PlanarGraph::MergeEqual(std::span<const Edge> edges) {
     std::vector<std::uint32_t> group_end(points_.size() + 1, 0);
     for (const Edge& e : edges) ++group_end[e.low + 1];
     for (std::size_t v = 1; v < group_end.size(); ++v) group_end[v] += group_end[v - 1];
     std::vector<Edge> grouped(edges.size());
     for (const Edge& e : edges) grouped[group_end[e.low]++] = e;
 
+    const auto is_plain = [](const Edge& e) { return e.up.first == e.up.last && e.down.first == e.down.last; };
+    const auto less = [&](const Edge& a, const Edge& b) { return a.high != b.high ? a.high < b.high : is_plain(a) < is_plain(b); };
     edges_.reserve(edges.size());
     for (std::size_t begin = 0, v = 0; v < points_.size(); begin = group_end[v++]) {
         const std::span<Edge> group = std::span(grouped).subspan(begin, group_end[v] - begin);
-        if (group.size() > 1) std::sort(group.begin(), group.end(), [](const Edge& a, const Edge& b) { return a.high < b.high; });
+        if (group.size() > 1) std::sort(group.begin(), group.end(), less);
         for (const Edge& e : group) {
-            if (edges_.empty() || edges_.back().low != e.low || edges_.back().high != e.high) {
+            if (edges_.empty() || edges_.back().low != e.low || edges_.back().high != e.high || !is_plain(edges_.back()) || !is_plain(e)) {
                 edges_.push_back(e);
                 continue;
             }
             Edge& merged = edges_.back();
             merged.multiplicity += e.multiplicity;
-            merged.up = std::min(merged.up, e.up);
-            merged.down = std::min(merged.down, e.down);
+            if (merged.up.first == kNone) merged.up = e.up;
+            if (merged.down.first == kNone) merged.down = e.down;
         }
     }
 }
@@ -312,6 +356,16 @@ void PlanarGraph::SortFan(std::span<HalfEdge> fan) const {
         if (is_upper(u) != is_upper(v)) return is_upper(v);
         return Cross(u, v) > 0 || (Cross(u, v) == 0 && u.x > 0 && v.x < 0);
     });
+}
+
+// The next point along a half-edge: a vertex of the segments, or the other end.
+GridPoint PlanarGraph::NeighbourOnEdge(HalfEdge h) const {
+    const Edge& e = edges_[h / 2];
+    const Stretch along = h % 2 == 0 ? e.up : e.down;
+    const Stretch against = h % 2 == 0 ? e.down : e.up;
+    if (along.first != along.last) return segments_[along.first].to;
+    if (against.first != against.last) return segments_[against.last].from;
+    return points_[Head(h)];
 }
 
 void PlanarGraph::SpreadWindings() {
@@ -365,39 +419,49 @@ void PlanarGraph::SpreadAround(std::uint32_t vertex, std::vector<std::uint32_t>&
 
 // A component's leftmost vertex has nothing of its own to the left: the sector there has the winding of all the others.
 void PlanarGraph::AnchorComponents() {
-    std::vector<GridBox> boxes;
-    if (components_.size() > 1) {
-        for (const Edge& e : edges_) boxes.push_back(BoxOf(points_[e.low], points_[e.high]));
-    }
-    const BoxTree tree(std::move(boxes));
-    std::vector<std::int32_t> shifts;
-    for (const Component& component : components_) {
-        const std::int32_t true_winding = components_.size() > 1 ? WindingLeftOf(component.leftmost, tree) : 0;
-        shifts.push_back(true_winding - left_[Fan(component.leftmost).front() ^ 1]);
-    }
+    const std::vector<std::int32_t> outer = OuterWindings();
     for (std::size_t c = 0, i = 0; c < components_.size(); ++c) {
+        const std::int32_t shift = outer[c] - left_[Fan(components_[c].leftmost).front() ^ 1];
         for (; i < components_[c].end; ++i) {
-            left_[2 * spread_order_[i]] += shifts[c];
-            left_[2 * spread_order_[i] + 1] += shifts[c];
+            left_[2 * spread_order_[i]] += shift;
+            left_[2 * spread_order_[i] + 1] += shift;
         }
     }
 }
 
-// Counts the edges that a ray towards -x crosses; an edge owns its upper end only.
-std::int32_t PlanarGraph::WindingLeftOf(std::uint32_t vertex, const BoxTree& tree) const {
-    const GridPoint p = points_[vertex];
-    std::int32_t winding = 0;
-    tree.ForEachIn({-kLargestGridCoordinate, p.y, p.x, p.y}, [&](std::size_t index) {
-        const Edge& e = edges_[index];
-        const GridPoint low = points_[e.low];
-        const GridPoint high = points_[e.high];
-        const bool rises = low.y <= p.y && p.y < high.y;
-        const bool falls = high.y <= p.y && p.y < low.y;
-        const std::int64_t side = Cross(high - low, p - low);
-        if (falls && side > 0) winding += e.multiplicity;
-        if (rises && side < 0) winding -= e.multiplicity;
-    });
-    return winding;
+// Per component: counts the edges that a ray from its leftmost vertex towards -x crosses; an edge owns its lower end only.
+std::vector<std::int32_t> PlanarGraph::OuterWindings() const {
+    std::vector<std::int32_t> windings(components_.size(), 0);
+    if (components_.size() == 1) return windings;
+    struct Leg {
+        GridPoint from, to;
+        std::int32_t multiplicity;
+    };
+    std::vector<Leg> legs;
+    std::vector<GridBox> boxes;
+    std::vector<BoundaryEdge> path;
+    for (HalfEdge h = 0; h < fans_.size(); h += 2) {
+        path.clear();
+        AppendBoundaryEdges(h, path);
+        for (std::size_t i = 0; i < path.size(); ++i) {
+            const GridPoint to = i + 1 < path.size() ? path[i + 1].from : points_[Head(h)];
+            legs.push_back({path[i].from, to, edges_[h / 2].multiplicity});
+            boxes.push_back(BoxOf(path[i].from, to));
+        }
+    }
+    const BoxTree tree(std::move(boxes));
+    for (std::size_t c = 0; c < components_.size(); ++c) {
+        const GridPoint p = points_[components_[c].leftmost];
+        tree.ForEachIn({-kLargestGridCoordinate, p.y, p.x, p.y}, [&](std::size_t index) {
+            const Leg& leg = legs[index];
+            const bool rises = leg.from.y <= p.y && p.y < leg.to.y;
+            const bool falls = leg.to.y <= p.y && p.y < leg.from.y;
+            const std::int64_t side = Cross(leg.to - leg.from, p - leg.from);
+            if (falls && side > 0) windings[c] += leg.multiplicity;
+            if (rises && side < 0) windings[c] -= leg.multiplicity;
+        });
+    }
+    return windings;
 }
 
 Boundary PlanarGraph::Select(WindingRule rule) const {
@@ -411,10 +475,7 @@ Boundary PlanarGraph::Select(WindingRule rule) const {
         if (first == kNone) continue;
         HalfEdge h = first;
         do {
-            const Edge& edge = edges_[h / 2];
-            const std::uint32_t along = h % 2 == 0 ? edge.up : edge.down;
-            const std::uint32_t against = h % 2 == 0 ? edge.down : edge.up;
-            result.edges.push_back({points_[Tail(h)], along != kNone ? along : against, along == kNone});
+            AppendBoundaryEdges(h, result.edges);
             const HalfEdge next = NextOnBoundary(h, boundary);
             if (h != first) boundary[h / 2] = kNone;
             h = next;
@@ -423,6 +484,19 @@ Boundary PlanarGraph::Select(WindingRule rule) const {
         result.loop_ends.push_back(result.edges.size());
     }
     return result;
+}
+
+void PlanarGraph::AppendBoundaryEdges(HalfEdge h, std::vector<BoundaryEdge>& out) const {
+    const Edge& e = edges_[h / 2];
+    const Stretch along = h % 2 == 0 ? e.up : e.down;
+    const Stretch against = h % 2 == 0 ? e.down : e.up;
+    if (along.first != kNone) {
+        out.push_back({points_[Tail(h)], along.first, false});
+        for (std::uint32_t i = along.first + 1; i <= along.last; ++i) out.push_back({segments_[i].from, i, false});
+    } else {
+        out.push_back({points_[Tail(h)], against.last, true});
+        for (std::uint32_t i = against.last; i-- > against.first;) out.push_back({segments_[i].to, i, true});
+    }
 }
 
 // The sharpest turn to the left: the first boundary edge met clockwise from the way back. It bounds the same inside sector, so

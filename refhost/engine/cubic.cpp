@@ -18,20 +18,6 @@ double Bisect(const std::array<double, 4>& bernstein, double low, double high); 
 
 Cubic LineAsCubic(Point from, Point to) { return {from, Lerp(from, to, 1.0 / 3), Lerp(from, to, 2.0 / 3), to}; }
 
-Point Evaluate(const Cubic& c, double t) {
-    const double s = 1 - t;
-    return s * s * s * c.p0 + 3 * s * s * t * c.p1 + 3 * s * t * t * c.p2 + t * t * t * c.p3;
-}
-
-Point FirstDerivative(const Cubic& c, double t) {
-    const double s = 1 - t;
-    return 3 * s * s * (c.p1 - c.p0) + 6 * s * t * (c.p2 - c.p1) + 3 * t * t * (c.p3 - c.p2);
-}
-
-Point SecondDerivative(const Cubic& c, double t) {
-    return 6 * (1 - t) * ((c.p2 - c.p1) - (c.p1 - c.p0)) + 6 * t * ((c.p3 - c.p2) - (c.p2 - c.p1));
-}
-
 Point StartTangent(const Cubic& c) { return DirectionOf({c.p1 - c.p0, c.p2 - c.p0, c.p3 - c.p0}); }
 
 Point EndTangent(const Cubic& c) { return DirectionOf({c.p3 - c.p2, c.p3 - c.p1, c.p3 - c.p0}); }

@@ -14,9 +14,19 @@ struct Cubic {
 /// A straight leg as a cubic whose parameter runs evenly along it.
 Cubic LineAsCubic(Point from, Point to);
 
-Point Evaluate(const Cubic& curve, double t);
-Point FirstDerivative(const Cubic& curve, double t);
-Point SecondDerivative(const Cubic& curve, double t);
+inline Point Evaluate(const Cubic& c, double t) {
+    const double s = 1 - t;
+    return s * s * s * c.p0 + 3 * s * s * t * c.p1 + 3 * s * t * t * c.p2 + t * t * t * c.p3;
+}
+
+inline Point FirstDerivative(const Cubic& c, double t) {
+    const double s = 1 - t;
+    return 3 * s * s * (c.p1 - c.p0) + 6 * s * t * (c.p2 - c.p1) + 3 * t * t * (c.p3 - c.p2);
+}
+
+inline Point SecondDerivative(const Cubic& c, double t) {
+    return 6 * (1 - t) * ((c.p2 - c.p1) - (c.p1 - c.p0)) + 6 * t * ((c.p3 - c.p2) - (c.p2 - c.p1));
+}
 
 /// Unit direction at t = 0 and t = 1. Coincident control points are passed over; a curve shrunk to a point gives (1, 0).
 Point StartTangent(const Cubic& curve);

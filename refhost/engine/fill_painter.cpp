@@ -39,25 +39,26 @@ void CheckOperators(const PathView& path) {
 }
 
 void MapPoints(const PathView& path, const PIVMatrix& matrix, std::vector<Point>& points) {
-    points.clear();
-    points.reserve(path.Size());
-    for (const M_Vector2T<float> point : path.points) {
-        points.push_back(Map(matrix, point));
-        if (!std::isfinite(points.back().x) || !std::isfinite(points.back().y)) throw EngineError{&kErrorNotFinite};
-    }
+    points.resize(path.Size());
+    std::transform(path.points.begin(), path.points.end(), points.begin(), [&](M_Vector2T<float> p) { return Map(matrix, p); });
+    const auto is_finite = [](Point p) { return std::isfinite(p.x) && std::isfinite(p.y); };
+    if (!std::all_of(points.begin(), points.end(), is_finite)) throw EngineError{&kErrorNotFinite};
 }
 
+/// Takes in the rows next to the rectangle: they tell of overlaps that end within its first and last row.
 FillArea FindArea(std::span<const Point> points, const PIVDeviceRect& device) {
     constexpr double kNowhere = std::numeric_limits<double>::infinity();
-    double left = kNowhere, top = kNowhere, right = -kNowhere, bottom = -kNowhere;
+    Point low = {kNowhere, kNowhere};
+    Point high = {-kNowhere, -kNowhere};
     for (const Point point : points) {
-        left = std::min(left, point.x);
-        top = std::min(top, point.y);
-        right = std::max(right, point.x);
-        bottom = std::max(bottom, point.y);
+        low = {std::min(low.x, point.x), std::min(low.y, point.y)};
+        high = {std::max(high.x, point.x), std::max(high.y, point.y)};
     }
-    return {std::max(device.left, FloorToInt(left)), std::max(device.top, FloorToInt(top)),
-            std::min(device.right, CeilToInt(right)), std::min(device.bottom, CeilToInt(bottom))};
+    const FillArea shape = {FloorToInt(low.x), FloorToInt(low.y), CeilToInt(high.x), CeilToInt(high.y)};
+    const std::int64_t row_above = std::int64_t{device.top} - 1;
+    const std::int64_t end_below = std::int64_t{device.bottom} + 1;
+    return {std::max<std::int64_t>(device.left, shape.left), std::max(row_above, shape.top),
+            std::min<std::int64_t>(device.right, shape.right), std::min(end_below, shape.bottom)};
 }
 
 }  // namespace
@@ -67,7 +68,7 @@ FillPainter::FillPainter(const PathView& path, const PIVMatrix& matrix, const PI
     CheckOperators(path);
     MapPoints(path, matrix, workspace.points);
     const FillArea area = FindArea(workspace.points, device);
-    if (area.IsEmpty()) return;
+    if (area.IsEmpty() || device.top >= device.bottom) return;
     if (area.right - area.left > kMostExtent || area.bottom - area.top > kMostExtent) throw EngineError{&kErrorBadArgument};
 
     rows_ = workspace.converter.Convert(path.operators, workspace.points, area, device, best_quality);
@@ -84,7 +85,8 @@ const PIVRun* FillPainter::Row(void* painter, std::int32_t y, const PIVRasterPai
 /// Puts the row's coverages to their places in the raster.
 const PIVRun* FillPainter::UnpackRow(std::int32_t y) {
     const std::int64_t row = y - first_row_;
-    if (row < 0 || row >= static_cast<std::int64_t>(rows_.starts.size())) return &empty_row_;
+    if (y < device_.top || y >= device_.bottom || row < 0 || row >= static_cast<std::int64_t>(rows_.starts.size()))
+        return &empty_row_;
     const FillRows::Start start = rows_.starts[static_cast<std::size_t>(row)];
     const PIVRun* const runs = &rows_.runs[start.run];
     const std::uint8_t* coverage = rows_.coverage.data() + start.coverage;

@@ -2,56 +2,94 @@
 
 #include <cmath>
 
+#include "refhost/engine/parallel_curve.h"
+
 namespace refhost {
 namespace {
 
-void AppendPiece(const Cubic& curve, int steps, GridPoint end, std::uint32_t index, FlatChain& flat);
-void AppendSegment(GridPoint to, double parameter, GridPoint& last, SegmentSource& source, FlatChain& flat);
+/// Adds the segments of one piece after the other.
+class Flattener {
+ public:
+    Flattener(const OffsetChain& chain, double tolerance) : chain_(chain), tolerance_(tolerance) {}
+
+    FlatChain Flatten();
+
+ private:
+    void AppendPiece(std::uint32_t index, GridPoint end);
+    void AppendCurve(const Cubic& curve);
+    void AppendParallel(const ChainPiece& piece);
+    void LineTo(GridPoint to, double parameter);
+
+    const OffsetChain& chain_;
+    double tolerance_;
+    FlatChain flat_;
+    GridPoint last_{};
+    SegmentSource source_{};
+    std::vector<ParallelSample> samples_;
+};
 
 }  // namespace
 
-FlatChain Flatten(const Outline& chain, double tolerance) {
-    FlatChain flat;
-    flat.segments.reserve(6 * chain.pieces.size());
-    flat.sources.reserve(6 * chain.pieces.size());
-    std::uint32_t index = 0;
-    for (std::size_t loop = 0; loop < chain.LoopCount(); ++loop) {
-        for (; index < chain.loop_ends[loop]; ++index) {
-            const CurvePiece& piece = chain.pieces[index];
-            const std::size_t next = index + 1 < chain.loop_ends[loop] ? index + 1 : chain.LoopBegin(loop);
-            // The next piece's start, so that the loop closes exactly even where the two differ in the last bit.
-            const GridPoint end = ToGrid(chain.pieces[next].curve.p0);
-            AppendPiece(piece.curve, piece.straight ? 1 : StepCount(piece.curve, tolerance), end, index, flat);
-        }
-    }
-    return flat;
-}
+FlatChain Flatten(const OffsetChain& chain, double tolerance) { return Flattener(chain, tolerance).Flatten(); }
 
 GridPoint ToGrid(Point p) {
-    return {static_cast<std::int32_t>(std::lround(p.x * kGridUnitsPerPixel)), static_cast<std::int32_t>(std::lround(p.y * kGridUnitsPerPixel))};
+    return {static_cast<std::int32_t>(std::floor(p.x * kGridUnitsPerPixel + 0.5)), static_cast<std::int32_t>(std::floor(p.y * kGridUnitsPerPixel + 0.5))};
 }
 
 namespace {
 
-void AppendPiece(const Cubic& curve, int steps, GridPoint end, std::uint32_t index, FlatChain& flat) {
-    const std::size_t begin = flat.segments.size();
-    GridPoint last = ToGrid(curve.p0);
-    SegmentSource source = {index, 0, 0};
-    for (int k = 1; k < steps; ++k) {
-        const double t = static_cast<double>(k) / steps;
-        AppendSegment(ToGrid(Evaluate(curve, t)), t, last, source, flat);
+// A piece ends where the next one starts, so that loops close exactly even where two ends differ a little.
+FlatChain Flattener::Flatten() {
+    flat_.segments.reserve(6 * chain_.pieces.size());
+    flat_.sources.reserve(6 * chain_.pieces.size());
+    std::uint32_t index = 0;
+    for (std::size_t loop = 0; loop < chain_.LoopCount(); ++loop) {
+        const GridPoint first = ToGrid(chain_.pieces[index].Start());
+        last_ = first;
+        for (; index < chain_.loop_ends[loop]; ++index) {
+            AppendPiece(index, index + 1 < chain_.loop_ends[loop] ? ToGrid(chain_.pieces[index + 1].Start()) : first);
+        }
     }
-    AppendSegment(end, 1, last, source, flat);
-    if (flat.segments.size() > begin) flat.sources.back().to = 1;
+    return std::move(flat_);
 }
 
-void AppendSegment(GridPoint to, double parameter, GridPoint& last, SegmentSource& source, FlatChain& flat) {
-    if (to == last) return;
-    source.to = parameter;
-    flat.segments.push_back({last, to});
-    flat.sources.push_back(source);
-    last = to;
-    source.from = parameter;
+void Flattener::AppendPiece(std::uint32_t index, GridPoint end) {
+    const ChainPiece& piece = chain_.pieces[index];
+    const std::size_t begin = flat_.segments.size();
+    source_ = {index, piece.scaffold, 0, 0};
+    if (piece.distance != 0) {
+        AppendParallel(piece);
+    } else if (!piece.straight) {
+        AppendCurve(piece.curve);
+    }
+    LineTo(end, 1);
+    if (flat_.segments.size() > begin) flat_.sources.back().to = 1;
+}
+
+void Flattener::AppendCurve(const Cubic& curve) {
+    const int steps = StepCount(curve, tolerance_);
+    for (int k = 1; k < steps; ++k) {
+        const double t = static_cast<double>(k) / steps;
+        LineTo(ToGrid(Evaluate(curve, t)), t);
+    }
+}
+
+void Flattener::AppendParallel(const ChainPiece& piece) {
+    samples_.clear();
+    SampleClampedParallel(piece.curve, piece.distance, tolerance_, samples_);
+    for (std::size_t i = 1; i < samples_.size(); ++i) {
+        source_.scaffold = samples_[i - 1].is_clamped || samples_[i].is_clamped;
+        if (i + 1 < samples_.size()) LineTo(ToGrid(samples_[i].position), samples_[i].t);
+    }
+}
+
+void Flattener::LineTo(GridPoint to, double parameter) {
+    if (to == last_) return;
+    source_.to = parameter;
+    flat_.segments.push_back({last_, to});
+    flat_.sources.push_back(source_);
+    last_ = to;
+    source_.from = parameter;
 }
 
 }  // namespace

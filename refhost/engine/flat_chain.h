@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "refhost/engine/arrangement.h"
-#include "refhost/engine/outline.h"
+#include "refhost/engine/offset_chain.h"
 
 namespace refhost {
 
@@ -14,6 +14,7 @@ inline constexpr double kLargestGridPixel = 1 << 18;  // pixels from the origin;
 /// Which part of a chain a grid segment stands for.
 struct SegmentSource {
     std::uint32_t piece;
+    bool scaffold;    // like the piece, or a stretch of it held back at the evolute
     double from, to;  // parameters on the piece; a segment's `to` is the next one's `from`
 };
 
@@ -25,7 +26,7 @@ struct FlatChain {
 };
 
 /// Chords of all pieces, each within `tolerance` pixels of its piece before rounding to the grid.
-FlatChain Flatten(const Outline& chain, double tolerance);
+FlatChain Flatten(const OffsetChain& chain, double tolerance);
 
 GridPoint ToGrid(Point p);
 inline Point FromGrid(GridPoint p) { return {p.x / kGridUnitsPerPixel, p.y / kGridUnitsPerPixel}; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "refhost/engine/point_math.h"
 
@@ -71,11 +72,12 @@ void AppendPieces(const Cubic& c, int count, std::vector<Point>& points) {
     const Point squared = 3 * SecondDifference(c.p0, c.p1, c.p2);
     const Point linear = 3 * (c.p1 - c.p0) - 6 * outward * cubed;
     const Point start = c.p0 - 2 * outward * squared;
+    points.resize(points.size() + static_cast<std::size_t>(count), c.p3);
+    Point* const pieces = points.data() + points.size() - count;
     for (int i = 1; i < count; ++i) {
         const double t = i * step;
-        points.push_back(start + t * (linear + t * (squared + t * cubed)));
+        pieces[i - 1] = start + t * (linear + t * (squared + t * cubed));
     }
-    points.push_back(c.p3);
 }
 
 }  // namespace

@@ -71,15 +71,15 @@ Placement PlacementFor(const Outline& outline, double reach) {
 
 /// The outline of the nonzero-filled region: it winds once around every inside point and not at all around the others.
 Outline Resolved(const Outline& outline) {
-    const Outline regular = Regularised(outline);
-    const FlatChain flat = Flatten(regular, kFlattenTolerance);
+    const OffsetChain chain = ChainOf(Regularised(outline));
+    const FlatChain flat = Flatten(chain, kFlattenTolerance);
     const Boundary boundary = FindBoundary(flat.segments, WindingRule::kNonZero);
-    return Regularised(RebuildCurves(regular, flat, boundary, kFlattenTolerance));
+    return Regularised(RebuildCurves(chain, flat, boundary, kFlattenTolerance));
 }
 
 Outline Offset(const Outline& outline, double distance, JoinStyle style) {
     if (distance == 0) return outline;
-    const Outline chain = BuildOffsetChain(outline, distance, style, kFitTolerance);
+    const OffsetChain chain = BuildOffsetChain(outline, distance, style, kFitTolerance);
     const FlatChain flat = Flatten(chain, kFlattenTolerance);
     const Boundary boundary = FindBoundary(flat.segments, WindingRule::kPositive);
     return RebuildCurves(chain, flat, boundary, kFlattenTolerance);

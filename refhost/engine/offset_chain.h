@@ -12,21 +12,37 @@ struct JoinStyle {
     double miter_limit;  // longest miter as a multiple of the distance; a longer one becomes a bevel
 };
 
+/// A piece of an offset chain: a curve, or the clamped parallel of one (see `SampleClampedParallel`).
+struct ChainPiece {
+    Cubic curve;
+    bool straight;
+    bool scaffold;      // in the chain only to keep its winding numbers right; no part of a true offset lies on it
+    double distance;    // of the parallel; 0: the curve itself
+
+    Point Start() const;
+};
+
+using OffsetChain = PieceLoops<ChainPiece>;
+
 /// The raw offset of `outline`: for every loop a closed chain of parallels and joins that usually crosses itself.
 ///
 /// The winding number of the chain at a point is that of the outline plus, for a positive distance (minus, for a negative one),
 /// the number of times the point is covered by what the outline sweeps: a strip along each piece and a sector at each corner.
 /// When the outline winds 0 or 1 times around every point, the chain winds a positive number of times around exactly the points
 /// of the grown (shrunk) region. Two things keep every term of that sum from going negative: parallels never fold over (see
-/// `AppendParallelCurve`), and where the swept strips of two pieces overlap at a concave corner, the chain runs from one parallel
+/// `SampleClampedParallel`), and where the swept strips of two pieces overlap at a concave corner, the chain runs from one parallel
 /// to the corner itself and out again to the next.
 ///
-/// `outline` is regularised; `distance` and `tolerance` in pixels, the tolerance for fitted parallels and arcs.
+/// Parallels of neighbouring pieces that end less than a hundredth of a pixel apart follow each other without a join.
+/// `outline` is regularised; `distance` and `tolerance` in pixels, the tolerance for parallels and arcs given as cubics.
 /// After Chen & McMains, "Polygon offsetting by computing winding numbers" (ASME DETC 2005), here for curves.
-Outline BuildOffsetChain(const Outline& outline, double distance, JoinStyle style, double tolerance);
+OffsetChain BuildOffsetChain(const Outline& outline, double distance, JoinStyle style, double tolerance);
+
+/// An outline as a chain of its own curves: its offset by nothing.
+OffsetChain ChainOf(const Outline& outline);
 
 /// Appends what connects the parallels of two pieces meeting at `corner`, whose unit directions there are `before` and `after`:
 /// from corner + distance * normal of `before` to corner + distance * normal of `after`. Nothing when the two coincide.
-void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance, std::vector<CurvePiece>& out);
+void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance, std::vector<ChainPiece>& out);
 
 }  // namespace refhost

@@ -35,7 +35,6 @@ class PathReader {
 };
 
 void AppendRegularised(CurvePiece piece, Point& last, Outline& result);
-void MoveStart(CurvePiece& piece, Point start);  // keeps the direction in which a curve leaves
 void AppendSplitAtCusps(const Cubic& curve, Outline& result);
 double ControlLength(const Cubic& curve);
 bool LooksStraight(const Cubic& curve);
@@ -43,8 +42,18 @@ Cubic WithoutTinyHandles(Cubic curve);
 
 }  // namespace
 
-void Outline::CloseLoop() {
-    if (pieces.size() > (loop_ends.empty() ? 0 : loop_ends.back())) loop_ends.push_back(pieces.size());
+void MoveStart(CurvePiece& piece, Point start) {
+    Cubic& c = piece.curve;
+    c.p1 = c.p1 + (start - c.p0);
+    c.p0 = start;
+    if (piece.straight) c = LineAsCubic(c.p0, c.p3);
+}
+
+void MoveEnd(CurvePiece& piece, Point end) {
+    Cubic& c = piece.curve;
+    c.p2 = c.p2 + (end - c.p3);
+    c.p3 = end;
+    if (piece.straight) c = LineAsCubic(c.p0, c.p3);
 }
 
 double SignedArea(std::span<const CurvePiece> loop) {
@@ -160,16 +169,6 @@ void AppendRegularised(CurvePiece piece, Point& last, Outline& result) {
         result.pieces.push_back(StraightPiece(piece.curve.p0, piece.curve.p3));
     } else {
         AppendSplitAtCusps(piece.curve, result);
-    }
-}
-
-void MoveStart(CurvePiece& piece, Point start) {
-    Cubic& c = piece.curve;
-    if (piece.straight) {
-        c = LineAsCubic(start, c.p3);
-    } else {
-        c.p1 = c.p1 + (start - c.p0);
-        c.p0 = start;
     }
 }
 

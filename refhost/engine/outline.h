@@ -13,26 +13,33 @@ namespace refhost {
 struct CurvePiece {
     Cubic curve;
     bool straight;
-    bool scaffold = false;  // in a chain only to keep its winding numbers right; no part of a true offset lies on it
 };
 
 inline CurvePiece StraightPiece(Point from, Point to) { return {LineAsCubic(from, to), true}; }
-inline CurvePiece ScaffoldPiece(Point from, Point to) { return {LineAsCubic(from, to), true, true}; }
+
+/// Moves one end of a piece; a curve keeps the direction it has there.
+void MoveStart(CurvePiece& piece, Point start);
+void MoveEnd(CurvePiece& piece, Point end);
 
 /// Closed loops of pieces, one after the other: each piece starts where the one before it ends, and the first piece of a loop
-/// where the last one ends. Pixels.
-struct Outline {
-    std::vector<CurvePiece> pieces;
+/// where the last one ends.
+template <class Piece>
+struct PieceLoops {
+    std::vector<Piece> pieces;
     std::vector<std::size_t> loop_ends;  // one past the last piece of each loop, increasing
 
     std::size_t LoopCount() const { return loop_ends.size(); }
     std::size_t LoopBegin(std::size_t loop) const { return loop == 0 ? 0 : loop_ends[loop - 1]; }
-    std::span<const CurvePiece> Loop(std::size_t loop) const {
+    std::span<const Piece> Loop(std::size_t loop) const {
         return std::span(pieces).subspan(LoopBegin(loop), loop_ends[loop] - LoopBegin(loop));
     }
     /// Ends the loop under construction; does nothing when it has no pieces.
-    void CloseLoop();
+    void CloseLoop() {
+        if (pieces.size() > (loop_ends.empty() ? 0 : loop_ends.back())) loop_ends.push_back(pieces.size());
+    }
 };
+
+using Outline = PieceLoops<CurvePiece>;
 
 /// Signed area of a loop; positive when it runs clockwise on screen (y down).
 double SignedArea(std::span<const CurvePiece> loop);

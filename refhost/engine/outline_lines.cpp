@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstddef>
 
 namespace refhost {
@@ -46,8 +47,11 @@ std::int64_t RoundToSub(double value) {
     return std::bit_cast<std::int64_t>(value * kSubOne + kShift) - std::bit_cast<std::int64_t>(kShift);
 }
 
-double CrossingOf(double at, double from, double to, double from_value, double to_value) {
-    return from_value + (at - from) / (to - from) * (to_value - from_value);
+/// The other coordinate where a line's one coordinate is `at`. Reckoned from the nearer end, which keeps what is left of it when
+/// the other end is very far away.
+double CrossingOf(double at, double from, double to, double from_other, double to_other) {
+    const double slope = (to_other - from_other) / (to - from);
+    return std::abs(at - from) <= std::abs(at - to) ? from_other + (at - from) * slope : to_other + (at - to) * slope;
 }
 
 LineBuilder::LineBuilder(const FillArea& area, double tolerance, std::vector<OutlineLine>& lines)

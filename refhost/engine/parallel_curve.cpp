@@ -4,31 +4,59 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 namespace refhost {
 namespace {
 
-constexpr int kFineSteps = 16;           // samples that measure length and turning of one stretch
-constexpr int kFitSamples = 9;           // of those, interior points the fit is judged at
-constexpr int kFitRounds = 5;            // Gauss-Newton rounds; the fit has settled after three or four
-constexpr int kCalmSamples = 4;          // interior points at which the fit of a calm curve is judged
-constexpr double kCalmTurn = 0.9;        // sine of the largest turn of a calm curve
-constexpr double kCalmLegs = 3;          // its control legs differ by at most this factor
-constexpr double kMaxTurn = 1.75;        // radians one cubic may turn; the fit degrades quickly beyond
-constexpr int kMaxDepth = 14;            // halvings of one stretch
-constexpr double kShortStretch = 1e-3;   // pixels; a parallel that stays this short is a line
-constexpr int kEvoluteChords = 8;
-constexpr int kUniformProbes = 32;       // parameters probed for a change of sign of the offset's direction
-constexpr int kGeometricProbes = 20;     // further ones on each side of a slow point, each half as far from it
+constexpr double kSameTangent = 1e-9;
 
-struct Stretch {
-    double from, to;  // parameter range of the source curve
+// ---- Calm curves.
+constexpr int kCalmSamples = 4;     // interior points at which the direct construction is judged
+constexpr double kCalmTurn = 0.9;   // sine of the largest turn between control legs
+constexpr double kCalmLegs = 3;     // the control legs differ by at most this factor
+
+// ---- Sampling.
+constexpr int kMaxSampleDepth = 14;      // halvings between two knots
+constexpr double kSampleTurn = 0.6;      // radians a chord of the parallel may turn
+constexpr double kClampedTurn = 0.3;     // and a chord of the evolute, which only has to be roughly right
+
+// ---- Fitting.
+constexpr int kFineSteps = 16;           // samples that measure length and turning of one stretch
+constexpr int kFitSamples = 9;           // interior points the fit is judged at
+constexpr int kFitRounds = 5;            // Gauss-Newton rounds; the fit has settled after three or four
+constexpr double kMaxTurn = 1.75;        // radians one cubic may turn; the fit degrades quickly beyond
+constexpr int kMaxFitDepth = 14;         // halvings of one stretch
+constexpr double kShortStretch = 1e-3;   // pixels; a parallel that stays this short is a line
+
+double Growth(const Cubic& curve, double distance, double t);
+bool IsCalm(const Cubic& curve);
+
+/// Samples the clamped parallel of one curve, finer where it turns.
+class ParallelSampler {
+ public:
+    ParallelSampler(const Cubic& curve, double distance, double tolerance, std::vector<ParallelSample>& out)
+        : curve_(curve), distance_(distance), tolerance_(tolerance), out_(out) {}
+
+    void Sample();
+
+ private:
+    struct Probe {
+        ParallelSample sample;
+        Point tangent;
+    };
+    Probe ProbeAt(double t) const;
+    void AppendBetween(const Probe& low, const Probe& high, int depth);
+    bool IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const;
+
+    const Cubic& curve_;
+    double distance_;
+    double tolerance_;
+    std::vector<ParallelSample>& out_;
 };
 
-/// A point of the exact parallel.
-struct Sample {
-    double t;         // parameter on the source
+/// A point of the exact parallel, with the direction in which the stretch is run through.
+struct FitSample {
+    double t;
     Point position;
     Point tangent;    // of unit length
     double progress;  // 0 to 1: half by length, half by turning
@@ -37,34 +65,23 @@ struct Sample {
 /// Fits cubics to the parallel of one curve.
 class ParallelFitter {
  public:
-    ParallelFitter(const Cubic& curve, double distance, double tolerance, std::vector<CurvePiece>& out)
-        : curve_(curve), distance_(distance), tolerance_(tolerance), out_(out) {}
+    ParallelFitter(const Cubic& curve, double distance, bool backwards, double tolerance, std::vector<CurvePiece>& out)
+        : curve_(curve), distance_(distance), backwards_(backwards), tolerance_(tolerance), out_(out) {}
 
-    void Append();
+    void Append(double from, double to, int depth);
 
  private:
-    using FineSamples = std::array<Sample, kFineSteps + 1>;
-    using FitSamples = std::array<Sample, kFitSamples>;
+    using FineSamples = std::array<FitSample, kFineSteps + 1>;
+    using FitSamples = std::array<FitSample, kFitSamples>;
 
-    bool IsCalm() const;
-    bool AppendCalm();
-    bool NeverTurnsBack() const;
-    double Direction(double t) const;
-    std::vector<double> DirectionChanges() const;
-    std::vector<double> Probes() const;
-    double ChangeBetween(double low, double high) const;
-
-    void AppendForward(Stretch stretch, int depth);
-    void AppendEvolute(Stretch stretch);
-    Point EvolutePoint(double t) const;
-
-    Sample SampleAt(double t) const;
-    double Measure(Stretch stretch, FineSamples& samples) const;
+    FitSample SampleAt(double t) const;
+    double Measure(double from, double to, FineSamples& samples) const;
     FitSamples EvenSamples(const FineSamples& fine) const;
     std::optional<Cubic> Fit(const FineSamples& fine) const;
 
     const Cubic& curve_;
     double distance_;
+    bool backwards_;
     double tolerance_;
     std::vector<CurvePiece>& out_;
 };
@@ -77,185 +94,154 @@ struct HandleCubic {
     Cubic Curve() const { return {start, start + start_handle * start_tangent, end - end_handle * end_tangent, end}; }
 };
 
-double ParameterAtProgress(std::span<const Sample> fine, double progress);
-bool FindOnNormal(const Cubic& curve, const Sample& sample, int rounds, double& u);
-bool ImproveHandles(HandleCubic& fit, std::span<const Sample> samples, std::span<double> parameters, int rounds, double slack);
-double WorstDeviation(const Cubic& curve, std::span<const Sample> samples, std::span<double> parameters);
+double ParameterAtProgress(std::span<const FitSample> fine, double progress);
+void FindOnNormal(const Cubic& curve, const FitSample& sample, int rounds, double& u);
+bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds, double slack);
+double WorstDeviation(const Cubic& curve, std::span<const FitSample> samples, std::span<double> parameters);
 
 }  // namespace
 
-void AppendParallelCurve(const Cubic& curve, double distance, double tolerance, std::vector<CurvePiece>& out) {
-    ParallelFitter(curve, distance, tolerance, out).Append();
+Point ParallelPoint(const Cubic& curve, double distance, double t) {
+    return Evaluate(curve, t) + distance * RightNormal(TangentAt(curve, t));
 }
 
-namespace {
-
-void ParallelFitter::Append() {
-    if (NeverTurnsBack()) {
-        if (!IsCalm() || !AppendCalm()) AppendForward({0, 1}, 0);
-        return;
-    }
-    const std::vector<double> knots = DirectionChanges();
-    for (std::size_t i = 0; i + 1 < knots.size(); ++i) {
-        const Stretch stretch = {knots[i], knots[i + 1]};
-        if (Direction(0.5 * (stretch.from + stretch.to)) >= 0) {
-            AppendForward(stretch, 0);
-        } else {
-            AppendEvolute(stretch);
-        }
-    }
-}
-
-// The parallel c + d n has the derivative c' (1 + d k), k the signed curvature: it follows the source while this is positive.
-double ParallelFitter::Direction(double t) const {
-    const Point first = FirstDerivative(curve_, t);
-    const double speed = Length(first);
-    return speed * speed * speed + distance_ * Cross(first, SecondDerivative(curve_, t));
-}
-
-// c' x c'' is a quadratic polynomial, and the part of c' along the chord is at least the smallest of its coefficients: often
-// these bounds settle the question without a search.
-bool ParallelFitter::NeverTurnsBack() const {
-    const Point a = curve_.p1 - curve_.p0;
-    const Point b = curve_.p2 - curve_.p1;
-    const Point c = curve_.p3 - curve_.p2;
-    const double least_bend = 18 * distance_ * Cross(a, b);
-    const double middle_bend = 9 * distance_ * Cross(a, c);
-    const double last_bend = 18 * distance_ * Cross(b, c);
-    const double worst = std::min({least_bend, middle_bend, last_bend});
-    if (worst >= 0) return true;
-    const Point chord = curve_.p3 - curve_.p0;
-    const double length = Length(chord);
-    if (length == 0) return false;
-    const double least_speed = 3 * std::min({Dot(a, chord), Dot(b, chord), Dot(c, chord)}) / length;
-    return least_speed > 0 && least_speed * least_speed * least_speed + worst > 0;
-}
-
-// Neither turns nor changes speed enough to hide anything between a few samples.
-bool ParallelFitter::IsCalm() const {
-    const std::array<Point, 3> legs = {curve_.p1 - curve_.p0, curve_.p2 - curve_.p1, curve_.p3 - curve_.p2};
-    const std::array<double, 3> lengths = {Length(legs[0]), Length(legs[1]), Length(legs[2])};
-    const auto [shortest, longest] = std::minmax_element(lengths.begin(), lengths.end());
-    if (*longest > kCalmLegs * *shortest) return false;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::size_t j = (i + 1) % 3;
-        const double scale = lengths[i] * lengths[j];
-        if (Dot(legs[i], legs[j]) <= 0 || std::abs(Cross(legs[i], legs[j])) > kCalmTurn * scale) return false;
-    }
-    return true;
+Point ParallelDerivative(const Cubic& curve, double distance, double t) {
+    return Growth(curve, distance, t) * FirstDerivative(curve, t);
 }
 
 // The cubic with the exact end points and derivatives of the parallel keeps step with it, so the two are compared at equal
 // parameters. It is less close than a fitted one but needs no search.
-bool ParallelFitter::AppendCalm() {
-    const auto derivative_at = [&](double t, Point first) {
-        const double speed = Length(first);
-        const double growth = Direction(t) / (speed * speed * speed);
-        return growth * first;
-    };
-    const Point start_leg = 3 * (curve_.p1 - curve_.p0);
-    const Point end_leg = 3 * (curve_.p3 - curve_.p2);
-    const Point start = curve_.p0 + distance_ * RightNormal(Unit(start_leg));
-    const Point end = curve_.p3 + distance_ * RightNormal(Unit(end_leg));
-    const Cubic parallel = {start, start + 1.0 / 3 * derivative_at(0, start_leg), end - 1.0 / 3 * derivative_at(1, end_leg), end};
+std::optional<Cubic> CalmParallel(const Cubic& c, double distance, double tolerance) {
+    if (!IsCalm(c)) return std::nullopt;
+    const double start_growth = Growth(c, distance, 0);
+    const double end_growth = Growth(c, distance, 1);
+    if (start_growth <= 0 || end_growth <= 0) return std::nullopt;
+    const Point start = ParallelPoint(c, distance, 0);
+    const Point end = ParallelPoint(c, distance, 1);
+    const Cubic parallel = {start, start + start_growth * (c.p1 - c.p0), end - end_growth * (c.p3 - c.p2), end};
     for (int i = 1; i <= kCalmSamples; ++i) {
         const double t = static_cast<double>(i) / (kCalmSamples + 1);
-        const Sample sample = SampleAt(t);
-        if (Distance(Evaluate(parallel, t), sample.position) > tolerance_) return false;
+        const Point first = FirstDerivative(c, t);
+        const Point exact = Evaluate(c, t) + distance / Length(first) * RightNormal(first);
+        if (Distance(Evaluate(parallel, t), exact) > tolerance || Growth(c, distance, t) <= 0) return std::nullopt;
     }
-    out_.push_back({parallel, false});
+    return parallel;
+}
+
+void SampleClampedParallel(const Cubic& curve, double distance, double tolerance, std::vector<ParallelSample>& out) {
+    ParallelSampler(curve, distance, tolerance, out).Sample();
+}
+
+void FitParallel(const Cubic& curve, double distance, double from, double to, double tolerance, std::vector<CurvePiece>& out) {
+    ParallelFitter(curve, distance, to < from, tolerance, out).Append(from, to, 0);
+}
+
+namespace {
+
+// The derivative of the parallel is that of the curve times 1 + d k, k the signed curvature: the parallel follows the curve while
+// this is positive, stands still at a cusp where it is zero, and runs backwards where it is negative.
+double Growth(const Cubic& curve, double distance, double t) {
+    const Point first = FirstDerivative(curve, t);
+    const double square = Dot(first, first);
+    const double bend = Cross(first, SecondDerivative(curve, t));
+    if (square == 0) return bend * distance < 0 ? -std::numeric_limits<double>::infinity() : 1;
+    return 1 + distance * bend / (square * std::sqrt(square));
+}
+
+// Neither turns nor changes speed enough to hide anything between a few samples.
+bool IsCalm(const Cubic& c) {
+    const std::array<Point, 3> legs = {c.p1 - c.p0, c.p2 - c.p1, c.p3 - c.p2};
+    const std::array<double, 3> squares = {Dot(legs[0], legs[0]), Dot(legs[1], legs[1]), Dot(legs[2], legs[2])};
+    const auto [shortest, longest] = std::minmax({squares[0], squares[1], squares[2]});
+    if (longest > kCalmLegs * kCalmLegs * shortest || shortest == 0) return false;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t j = (i + 1) % 3;
+        const double cross = Cross(legs[i], legs[j]);
+        if (Dot(legs[i], legs[j]) <= 0 || cross * cross > kCalmTurn * kCalmTurn * squares[i] * squares[j]) return false;
+    }
     return true;
 }
 
-std::vector<double> ParallelFitter::DirectionChanges() const {
-    std::vector<double> knots = {0};
-    const std::vector<double> probes = Probes();
-    for (std::size_t i = 0; i + 1 < probes.size(); ++i) {
-        if ((Direction(probes[i]) < 0) != (Direction(probes[i + 1]) < 0)) knots.push_back(ChangeBetween(probes[i], probes[i + 1]));
+// The curve turns fastest where it is slowest: with these points as knots no tight turn hides between two probes.
+void ParallelSampler::Sample() {
+    std::vector<double> knots = {0, 0.25, 0.5, 0.75, 1};
+    const std::vector<double> slow = SpeedMinima(curve_);
+    knots.insert(knots.end(), slow.begin(), slow.end());
+    std::sort(knots.begin(), knots.end());
+    Probe last = ProbeAt(0);
+    out_.push_back({0, ParallelPoint(curve_, distance_, 0), false});
+    if (last.sample.is_clamped) out_.push_back(last.sample);
+    for (std::size_t i = 1; i < knots.size(); ++i) {
+        const Probe next = ProbeAt(knots[i]);
+        AppendBetween(last, next, 0);
+        last = next;
     }
-    knots.push_back(1);
-    return knots;
+    if (last.sample.is_clamped) out_.push_back({1, ParallelPoint(curve_, distance_, 1), false});
 }
 
-// Curvature peaks where the curve is slow, as narrowly as the speed is small, so probes crowd there. The ends themselves are left
-// out: with a zero handle the direction vanishes there and has no sign.
-std::vector<double> ParallelFitter::Probes() const {
-    std::vector<double> probes;
-    for (int i = 1; i < kUniformProbes; ++i) probes.push_back(static_cast<double>(i) / kUniformProbes);
-    std::vector<double> slow = SpeedMinima(curve_);
-    slow.insert(slow.end(), {0.0, 1.0});
-    for (const double centre : slow) {
-        double step = 1.0 / kUniformProbes;
-        for (int i = 0; i < kGeometricProbes; ++i, step *= 0.5) probes.insert(probes.end(), {centre - step, centre + step});
-    }
-    std::erase_if(probes, [](double t) { return t <= 0 || t >= 1; });
-    std::sort(probes.begin(), probes.end());
-    return probes;
+ParallelSampler::Probe ParallelSampler::ProbeAt(double t) const {
+    const Point tangent = TangentAt(curve_, t);
+    const double growth = Growth(curve_, distance_, t);
+    // Growth is 1 - distance / radius of curvature where it is below 1: the clamp stops at the radius.
+    const double reach = growth >= 0 ? distance_ : distance_ / (1 - growth);
+    return {{t, Evaluate(curve_, t) + reach * RightNormal(tangent), growth < 0}, tangent};
 }
 
-double ParallelFitter::ChangeBetween(double low, double high) const {
-    constexpr int kHalvings = 44;
-    const bool low_is_back = Direction(low) < 0;
-    for (int i = 0; i < kHalvings; ++i) {
-        const double middle = 0.5 * (low + high);
-        ((Direction(middle) < 0) == low_is_back ? low : high) = middle;
+void ParallelSampler::AppendBetween(const Probe& low, const Probe& high, int depth) {
+    const Probe middle = ProbeAt(0.5 * (low.sample.t + high.sample.t));
+    if (depth == kMaxSampleDepth || IsFineEnough(low, middle, high)) {
+        out_.push_back(high.sample);
+        return;
     }
-    return 0.5 * (low + high);
+    AppendBetween(low, middle, depth + 1);
+    AppendBetween(middle, high, depth + 1);
 }
 
-void ParallelFitter::AppendForward(Stretch stretch, int depth) {
+// A chord of length l that turns by a deviates by at most l a / 8.
+bool ParallelSampler::IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const {
+    const double chord = Distance(low.sample.position, middle.sample.position) + Distance(middle.sample.position, high.sample.position);
+    if (chord < tolerance_) return true;
+    const double turn = Length(middle.tangent - low.tangent) + Length(high.tangent - middle.tangent);
+    const int clamped = low.sample.is_clamped + middle.sample.is_clamped + high.sample.is_clamped;
+    if (clamped == 3) return turn < kClampedTurn;
+    return clamped == 0 && turn < kSampleTurn && chord * turn < 8 * tolerance_;
+}
+
+void ParallelFitter::Append(double from, double to, int depth) {
+    if (const std::optional<Cubic> calm = CalmParallel(SubCurve(curve_, from, to), backwards_ ? -distance_ : distance_, tolerance_)) {
+        return out_.push_back({*calm, false});
+    }
     FineSamples fine;
-    const double turn = Measure(stretch, fine);
-    const Point start = fine.front().position;
-    const Point end = fine.back().position;
+    const double turn = Measure(from, to, fine);
     if (turn <= kMaxTurn) {
         if (const std::optional<Cubic> fit = Fit(fine)) return out_.push_back({*fit, false});
     }
-    const bool is_short = std::all_of(fine.begin(), fine.end(), [&](const Sample& s) { return Distance(s.position, start) < kShortStretch; });
-    if (is_short || depth == kMaxDepth) return out_.push_back(StraightPiece(start, end));
+    const Point start = fine.front().position;
+    const bool is_short = std::all_of(fine.begin(), fine.end(), [&](const FitSample& s) { return Distance(s.position, start) < kShortStretch; });
+    if (is_short || depth == kMaxFitDepth) return out_.push_back(StraightPiece(start, fine.back().position));
     const double middle = ParameterAtProgress(fine, 0.5);
-    AppendForward({stretch.from, middle}, depth + 1);
-    AppendForward({middle, stretch.to}, depth + 1);
+    Append(from, middle, depth + 1);
+    Append(middle, to, depth + 1);
 }
 
-void ParallelFitter::AppendEvolute(Stretch stretch) {
-    Point last = SampleAt(stretch.from).position;
-    for (int i = 1; i <= kEvoluteChords; ++i) {
-        const double t = stretch.from + (stretch.to - stretch.from) * i / kEvoluteChords;
-        const Point next = i == kEvoluteChords ? SampleAt(stretch.to).position : EvolutePoint(t);
-        out_.push_back(ScaffoldPiece(last, next));
-        last = next;
-    }
-}
-
-// Centre of curvature on the offset side, never further out than the distance.
-Point ParallelFitter::EvolutePoint(double t) const {
-    const Point first = FirstDerivative(curve_, t);
-    const double speed = Length(first);
-    const double radius = speed * speed * speed / std::abs(Cross(first, SecondDerivative(curve_, t)));
-    const double reach = std::min(std::abs(distance_), radius);
-    return Evaluate(curve_, t) + std::copysign(reach, distance_) * RightNormal(TangentAt(curve_, t));
-}
-
-Sample ParallelFitter::SampleAt(double t) const {
+FitSample ParallelFitter::SampleAt(double t) const {
     const Point tangent = TangentAt(curve_, t);
-    return {t, Evaluate(curve_, t) + distance_ * RightNormal(tangent), tangent, 0};
+    return {t, Evaluate(curve_, t) + distance_ * RightNormal(tangent), backwards_ ? -tangent : tangent, 0};
 }
 
 // Progress counts length and turning alike: samples even in either alone miss tight turns or long flat runs.
 // Returns the total turning, both ways counted positive.
-double ParallelFitter::Measure(Stretch stretch, FineSamples& samples) const {
+double ParallelFitter::Measure(double from, double to, FineSamples& samples) const {
     std::array<double, kFineSteps + 1> length{};
     std::array<double, kFineSteps + 1> turn{};
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double fraction = static_cast<double>(i) / kFineSteps;
-        samples[i] = SampleAt(i == kFineSteps ? stretch.to : stretch.from + (stretch.to - stretch.from) * fraction);
+        samples[i] = SampleAt(i == kFineSteps ? to : from + (to - from) * static_cast<double>(i) / kFineSteps);
         if (i == 0) continue;
         length[i] = length[i - 1] + Distance(samples[i - 1].position, samples[i].position);
         turn[i] = turn[i - 1] + Distance(samples[i - 1].tangent, samples[i].tangent);  // nearly the angle
     }
     const double whole_length = std::max(length.back(), std::numeric_limits<double>::min());
-    const double whole_turn = std::max(turn.back(), std::numeric_limits<double>::min());
+    const double whole_turn = std::max(turn.back(), kSameTangent);
     for (std::size_t i = 0; i < samples.size(); ++i) samples[i].progress = 0.5 * (length[i] / whole_length + turn[i] / whole_turn);
     return turn.back();
 }
@@ -272,16 +258,15 @@ ParallelFitter::FitSamples ParallelFitter::EvenSamples(const FineSamples& fine) 
 
 // One cubic for the whole stretch, or nothing when it misses by more than the tolerance.
 std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
-    const Sample& first = fine.front();
-    const Sample& last = fine.back();
+    const FitSample& first = fine.front();
+    const FitSample& last = fine.back();
     const FitSamples samples = EvenSamples(fine);
     const double chord = Distance(first.position, last.position);
     HandleCubic fit = {first.position, first.tangent, last.position, last.tangent, chord / 3, chord / 3};
     std::array<double, kFitSamples> parameters;
     for (std::size_t i = 0; i < parameters.size(); ++i) parameters[i] = static_cast<double>(i + 1) / (kFitSamples + 1);
     for (int round = 0; round < kFitRounds; ++round) {
-        const double slack = 0.25 * tolerance_;
-        if (!ImproveHandles(fit, samples, parameters, round == 0 ? 3 : 1, slack)) break;
+        if (!ImproveHandles(fit, samples, parameters, round == 0 ? 3 : 1, 0.25 * tolerance_)) break;
     }
     if (fit.start_handle < 0 || fit.end_handle < 0) return std::nullopt;
     const Cubic curve = fit.Curve();
@@ -289,35 +274,34 @@ std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
     return curve;
 }
 
-double ParameterAtProgress(std::span<const Sample> fine, double progress) {
-    const auto after = std::upper_bound(fine.begin() + 1, fine.end() - 1, progress, [](double p, const Sample& s) { return p < s.progress; });
-    const Sample& high = *after;
-    const Sample& low = *(after - 1);
+double ParameterAtProgress(std::span<const FitSample> fine, double progress) {
+    const auto after = std::upper_bound(fine.begin() + 1, fine.end() - 1, progress, [](double p, const FitSample& s) { return p < s.progress; });
+    const FitSample& high = *after;
+    const FitSample& low = *(after - 1);
     const double step = high.progress - low.progress;
     const double fraction = step > 0 ? std::clamp((progress - low.progress) / step, 0.0, 1.0) : 0.5;
     return low.t + (high.t - low.t) * fraction;
 }
 
-// Newton's method for the parameter at which the curve crosses the sample's normal. False when it does not cross.
-bool FindOnNormal(const Cubic& curve, const Sample& sample, int rounds, double& u) {
+// Newton's method for the parameter at which the curve crosses the sample's normal.
+void FindOnNormal(const Cubic& curve, const FitSample& sample, int rounds, double& u) {
     for (int i = 0; i < rounds; ++i) {
         const double slope = Dot(FirstDerivative(curve, u), sample.tangent);
-        if (slope == 0) return false;
+        if (slope == 0) return;
         const double step = Dot(Evaluate(curve, u) - sample.position, sample.tangent) / slope;
         u = std::clamp(u - step, 0.0, 1.0);
     }
-    return true;
 }
 
 // One Gauss-Newton round on the deviations along the normals. The handle lengths enter the curve linearly, through the two inner
-// Bernstein polynomials. False when nothing is left to improve: the
-// curve is within `slack` already, or the handles do not matter, as on a straight parallel.
-bool ImproveHandles(HandleCubic& fit, std::span<const Sample> samples, std::span<double> parameters, int rounds, double slack) {
+// Bernstein polynomials. False when nothing is left to improve: the curve is within `slack` already, or the handles do not matter,
+// as on a straight parallel.
+bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds, double slack) {
     const Cubic curve = fit.Curve();
     double aa = 0, ab = 0, bb = 0, ae = 0, be = 0, worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         double& u = parameters[i];
-        if (!FindOnNormal(curve, samples[i], rounds, u)) return false;
+        FindOnNormal(curve, samples[i], rounds, u);
         const Point normal = RightNormal(samples[i].tangent);
         const double error = Dot(Evaluate(curve, u) - samples[i].position, normal);
         const double a = 3 * (1 - u) * (1 - u) * u * Dot(fit.start_tangent, normal);
@@ -325,19 +309,18 @@ bool ImproveHandles(HandleCubic& fit, std::span<const Sample> samples, std::span
         aa += a * a, ab += a * b, bb += b * b, ae += a * error, be += b * error;
         worst = std::max(worst, std::abs(error));
     }
-    if (worst < slack) return false;
     const double determinant = aa * bb - ab * ab;
-    if (determinant <= 1e-9 * (aa + bb) * (aa + bb)) return false;
+    if (worst < slack || determinant <= 1e-9 * (aa + bb) * (aa + bb)) return false;
     fit.start_handle -= (bb * ae - ab * be) / determinant;
     fit.end_handle -= (aa * be - ab * ae) / determinant;
     return true;
 }
 
-// Infinite when a sample's normal is missed.
-double WorstDeviation(const Cubic& curve, std::span<const Sample> samples, std::span<double> parameters) {
+// Distances, not only normal deviations: a sample whose normal the curve misses counts in full.
+double WorstDeviation(const Cubic& curve, std::span<const FitSample> samples, std::span<double> parameters) {
     double worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (!FindOnNormal(curve, samples[i], 3, parameters[i])) return std::numeric_limits<double>::infinity();
+        FindOnNormal(curve, samples[i], 3, parameters[i]);
         worst = std::max(worst, Distance(Evaluate(curve, parameters[i]), samples[i].position));
     }
     return worst;

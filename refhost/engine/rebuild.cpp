@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
+
+#include "refhost/engine/parallel_curve.h"
 
 namespace refhost {
 namespace {
@@ -11,11 +12,13 @@ constexpr double kShortRun = 3;        // grid units; a run of edges this short 
 constexpr double kWeldDistance = 0.01;  // pixels; ends this close meet half-way, others are connected by a line
 constexpr double kCrossingReach = 10;   // flattening tolerances a crossing of curves may lie from that of their chords
 constexpr double kScaffoldShare = 0.2;  // of a loop's length; true loops have no scaffold in them but for rounding at cusps
+constexpr double kSamePoint = 1e-6;     // pixels
 constexpr int kNewtonRounds = 8;
 
 /// Consecutive boundary edges along one piece.
 struct Run {
     std::uint32_t piece;
+    bool scaffold;
     double from, to;    // parameters; to < from when the boundary runs against the piece
     GridPoint start;
     double length;      // grid units
@@ -28,7 +31,7 @@ struct Junction {
 
 class LoopRebuilder {
  public:
-    LoopRebuilder(const Outline& chain, const FlatChain& flat, double tolerance) : chain_(chain), flat_(flat), tolerance_(tolerance) {}
+    LoopRebuilder(const OffsetChain& chain, const FlatChain& flat, double tolerance) : chain_(chain), flat_(flat), tolerance_(tolerance) {}
 
     void Append(std::span<const BoundaryEdge> loop, Outline& result);
 
@@ -41,21 +44,24 @@ class LoopRebuilder {
     Junction Connect(Run& before, Run& after) const;
     bool MoveToCrossing(Run& before, Run& after) const;
     void AppendRun(const Run& run, Point start, Point end, Outline& result) const;
-    const CurvePiece& PieceOf(const Run& run) const { return chain_.pieces[run.piece]; }
+    const ChainPiece& PieceOf(const Run& run) const { return chain_.pieces[run.piece]; }
 
-    const Outline& chain_;
+    const OffsetChain& chain_;
     const FlatChain& flat_;
     double tolerance_;
     std::vector<Run> runs_;
     std::vector<Junction> junctions_;  // number i lies in front of run i
 };
 
+bool AreSameStretch(const SegmentSource& a, const SegmentSource& b) { return a.piece == b.piece && a.scaffold == b.scaffold; }
+Point PointOn(const ChainPiece& piece, double t);
+Point DerivativeOn(const ChainPiece& piece, double t);
 bool IsPieceEnd(double t) { return t == 0 || t == 1; }
 double GridLength(GridPoint a, GridPoint b);
 
 }  // namespace
 
-Outline RebuildCurves(const Outline& chain, const FlatChain& flat, const Boundary& boundary, double tolerance) {
+Outline RebuildCurves(const OffsetChain& chain, const FlatChain& flat, const Boundary& boundary, double tolerance) {
     Outline result;
     LoopRebuilder rebuilder(chain, flat, tolerance);
     std::size_t begin = 0;
@@ -86,15 +92,21 @@ void LoopRebuilder::CollectRuns(std::span<const BoundaryEdge> loop) {
     runs_.clear();
     const std::size_t count = loop.size();
     std::size_t first = 0;
-    while (first < count && Continues(loop[(first + count - 1) % count], loop[first])) ++first;
-    for (std::size_t k = 0; k < count; ++k) {
-        const BoundaryEdge& edge = loop[(first + k) % count];
-        const BoundaryEdge& next = loop[(first + k + 1) % count];
-        if (k == 0 || !Continues(loop[(first + k - 1) % count], edge)) {
-            runs_.push_back({flat_.sources[edge.segment].piece, ParameterAt(edge.segment, edge.from), 0, edge.from, 0});
+    while (first < count && Continues(loop[first == 0 ? count - 1 : first - 1], loop[first])) ++first;
+    first %= count;
+    bool continues = false;
+    for (std::size_t k = 0, i = first; k < count; ++k) {
+        const std::size_t i_next = i + 1 == count ? 0 : i + 1;
+        const BoundaryEdge& edge = loop[i];
+        const BoundaryEdge& next = loop[i_next];
+        if (!continues) {
+            const SegmentSource& source = flat_.sources[edge.segment];
+            runs_.push_back({source.piece, source.scaffold, ParameterAt(edge.segment, edge.from), 0, edge.from, 0});
         }
-        runs_.back().to = ParameterAt(edge.segment, next.from);
+        continues = Continues(edge, next);
+        if (!continues) runs_.back().to = ParameterAt(edge.segment, next.from);
         runs_.back().length += GridLength(edge.from, next.from);
+        i = i_next;
     }
 }
 
@@ -104,7 +116,7 @@ bool LoopRebuilder::Continues(const BoundaryEdge& edge, const BoundaryEdge& next
     if (edge.reversed != next.reversed) return false;
     if (edge.segment == next.segment) return true;
     const std::uint32_t neighbour = edge.reversed ? edge.segment - 1 : edge.segment + 1;
-    if (next.segment != neighbour || flat_.sources[edge.segment].piece != flat_.sources[neighbour].piece) return false;
+    if (next.segment != neighbour || !AreSameStretch(flat_.sources[edge.segment], flat_.sources[neighbour])) return false;
     const GridSegment& s = flat_.segments[edge.segment];
     return next.from == (edge.reversed ? s.from : s.to);
 }
@@ -126,21 +138,21 @@ bool LoopRebuilder::IsRoundingSliver() const {
     double scaffold = 0;
     for (const Run& run : runs_) {
         whole += run.length;
-        if (PieceOf(run).scaffold) scaffold += run.length;
+        if (run.scaffold) scaffold += run.length;
     }
     return scaffold > kScaffoldShare * whole;
 }
 
 // What remains of such slits on other loops goes too, and runs as short as the rounding itself.
 void LoopRebuilder::DropAccidentalRuns() {
-    const auto is_kept = [&](const Run& run) { return run.length > kShortRun && !PieceOf(run).scaffold; };
+    const auto is_kept = [&](const Run& run) { return run.length > kShortRun && !run.scaffold; };
     if (std::count_if(runs_.begin(), runs_.end(), is_kept) >= 2) std::erase_if(runs_, [&](const Run& run) { return !is_kept(run); });
 }
 
 Junction LoopRebuilder::Connect(Run& before, Run& after) const {
     if (!IsPieceEnd(before.to) || !IsPieceEnd(after.from)) MoveToCrossing(before, after);
-    const Point end = Evaluate(PieceOf(before).curve, before.to);
-    const Point start = Evaluate(PieceOf(after).curve, after.from);
+    const Point end = PointOn(PieceOf(before), before.to);
+    const Point start = PointOn(PieceOf(after), after.from);
     if (Distance(end, start) > kWeldDistance) return {end, start};
     const Point middle = Lerp(end, start, 0.5);
     return {middle, middle};
@@ -149,21 +161,22 @@ Junction LoopRebuilder::Connect(Run& before, Run& after) const {
 // Newton's method for A(u) = B(v). The answer counts only if it lies near the crossing of the chords and leaves both runs their
 // direction. Nearly parallel curves have none such and keep their ends.
 bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
-    const Cubic& a = PieceOf(before).curve;
-    const Cubic& b = PieceOf(after).curve;
+    const ChainPiece& a = PieceOf(before);
+    const ChainPiece& b = PieceOf(after);
     double u = before.to;
     double v = after.from;
     for (int round = 0; round < kNewtonRounds; ++round) {
-        const Point gap = Evaluate(b, v) - Evaluate(a, u);
-        const Point du = FirstDerivative(a, u);
-        const Point dv = FirstDerivative(b, v);
+        const Point gap = PointOn(b, v) - PointOn(a, u);
+        if (round > 0 && Length(gap) < kSamePoint) break;
+        const Point du = DerivativeOn(a, u);
+        const Point dv = DerivativeOn(b, v);
         const double determinant = Cross(du, dv);
         if (std::abs(determinant) <= 1e-6 * Length(du) * Length(dv)) return false;
         u = std::clamp(u + Cross(gap, dv) / determinant, 0.0, 1.0);
         v = std::clamp(v + Cross(gap, du) / determinant, 0.0, 1.0);
     }
-    const Point crossing = Evaluate(a, u);
-    const bool has_converged = Distance(crossing, Evaluate(b, v)) < 1e-6;
+    const Point crossing = PointOn(a, u);
+    const bool has_converged = Distance(crossing, PointOn(b, v)) < kSamePoint;
     const bool is_near = Distance(crossing, FromGrid(after.start)) < kCrossingReach * tolerance_;
     const bool keeps_direction = (u > before.from) == (before.to > before.from) && (after.to > v) == (after.to > after.from);
     if (!has_converged || !is_near || !keeps_direction) return false;
@@ -172,18 +185,29 @@ bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
     return true;
 }
 
+// The ends move to where the neighbours meet them.
 void LoopRebuilder::AppendRun(const Run& run, Point start, Point end, Outline& result) const {
-    const CurvePiece& piece = PieceOf(run);
+    const ChainPiece& piece = PieceOf(run);
     if (piece.straight) return result.pieces.push_back(StraightPiece(start, end));
-    Cubic curve = SubCurve(piece.curve, run.from, run.to);
-    curve.p1 = curve.p1 + (start - curve.p0);
-    curve.p2 = curve.p2 + (end - curve.p3);
-    curve.p0 = start;
-    curve.p3 = end;
-    result.pieces.push_back({curve, false});
+    const std::size_t first = result.pieces.size();
+    if (piece.distance != 0) {
+        FitParallel(piece.curve, piece.distance, run.from, run.to, tolerance_, result.pieces);
+    } else {
+        result.pieces.push_back({SubCurve(piece.curve, run.from, run.to), false});
+    }
+    MoveStart(result.pieces[first], start);
+    MoveEnd(result.pieces.back(), end);
 }
 
-double GridLength(GridPoint a, GridPoint b) { return std::hypot(double{1} * b.x - a.x, double{1} * b.y - a.y); }
+Point PointOn(const ChainPiece& piece, double t) {
+    return piece.distance == 0 ? Evaluate(piece.curve, t) : ParallelPoint(piece.curve, piece.distance, t);
+}
+
+Point DerivativeOn(const ChainPiece& piece, double t) {
+    return piece.distance == 0 ? FirstDerivative(piece.curve, t) : ParallelDerivative(piece.curve, piece.distance, t);
+}
+
+double GridLength(GridPoint a, GridPoint b) { return Length({double{1} * b.x - a.x, double{1} * b.y - a.y}); }
 
 }  // namespace
 }  // namespace refhost

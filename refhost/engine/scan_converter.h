@@ -36,21 +36,14 @@ class ScanConverter {
 
     bool WriteRows(bool stop_at_overlap);
     void WriteResolvedRows();
-    bool WritePlainRow();
-    void WriteResolvedRow();
-    WindingRange DrainInto(RowCursor& cursor);
+    WindingRange WriteRow();
     void QueueLines();
     template <class Use>
     void TakePieces(std::int32_t row, Use use);
-    void FindTurns();
-    void MarkTurn(std::int32_t y);
-    bool HasMixedPixel();
 
     FillArea area_{};
     std::vector<OutlineLine> lines_;
     std::vector<std::int32_t> waiting_;  // per row the first of the lines whose next piece lies in it
-    std::vector<bool> turns_;            // per row: a line ends inside it that no line of the same direction goes on from
-    std::vector<std::uint8_t> touched_;  // per column a bit for each direction
     std::vector<RowPiece> pieces_;       // of the current row
     RowAccumulator sums_;
     RowPools pools_;

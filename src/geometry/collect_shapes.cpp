@@ -6,8 +6,8 @@
 bool VRLp_SameCoordinate(float a, float b) {
     constexpr float kRelative = 1e-6F;
     constexpr float kAbsolute = 563.0F / 1048576.0F;  // pixels
-    float lo = std::min(a, b);
-    float hi = std::max(a, b);
+    float lo = a < b ? a : b;                         // a NaN ends up in one of the two and equals nothing
+    float hi = a < b ? b : a;
     if (hi < 0.0F) {
         const float mirrored = -lo;
         lo = -hi;

@@ -1,0 +1,187 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <numbers>
+
+#include "api/vrl.h"
+#include "geometry/mask_path.h"
+#include "geometry/offset_path.h"
+#include "host/engine_binding.h"
+#include "refhost/engine/binding.h"
+#include "refhost/services/faults.h"
+#include "refhost/services/reports.h"
+#include "tests/support/shapes.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+struct OffsetCall {
+    std::vector<int> fixed;  // the arguments that never change, in order
+    void* refcon;
+    float distance, miter_limit, flatness, last;
+    std::uint32_t join;
+    NUBProgressObject* progress;
+};
+std::vector<OffsetCall> g_calls;
+GRXOffsetPathProc g_engine_offset = nullptr;
+
+const NUBErrorObject* RecordOffset(GRXOffsetCallback callback, void* none, void* refcon, std::int32_t entries,
+                                   const M_Vector2T<float>* points, const PIVPointType* operators, std::int32_t zero1,
+                                   float distance, std::int32_t zero2, std::uint32_t join, float miter_limit, std::int32_t one1,
+                                   std::int32_t zero3, std::int32_t zero4, std::int32_t one2, float flatness, std::int32_t zero5,
+                                   NUBProgressObject* progress, float last) {
+    g_calls.push_back({{none != nullptr, zero1, zero2, one1, zero3, zero4, one2, zero5},
+                       refcon,
+                       distance,
+                       miter_limit,
+                       flatness,
+                       last,
+                       join,
+                       progress});
+    return g_engine_offset(callback, none, refcon, entries, points, operators, zero1, distance, zero2, join, miter_limit, one1,
+                           zero3, zero4, one2, flatness, zero5, progress, last);
+}
+
+// The library looks the procedure up once for the life of the process, so the recorder takes its place before the first test.
+class RecordedOffsets : public testing::Environment {
+    void SetUp() override {
+        NUBAddressProc proc = nullptr;
+        HOB_GetNUBAddressProc(&proc);
+        g_engine_offset =
+            reinterpret_cast<GRXOffsetPathProc>(proc("GRXOffsetPathInterface", "GetOffsetPath", "GRXOffsetPathGetOffsetPathV4"));
+        refhost::OverrideProcedure("GRXOffsetPathInterface", "GetOffsetPath", reinterpret_cast<void*>(&RecordOffset));
+        NUB_T_MT::StartBinding(proc);
+        NUB_T_MT::GetOffsetPath();
+        refhost::RestoreProcedures();
+    }
+};
+const auto* const g_recorded = testing::AddGlobalTestEnvironment(new RecordedOffsets);
+
+VRLp_PathBounds BoundsWith(const DY_Shape& shape, double expansion, double aspect, const M_Matrix3* transform) {
+    CGRXPath path;
+    VRLp_PathBounds bounds = {};
+    VRLp_MakeMaskPath(shape, true, expansion, aspect, transform, path, bounds);
+    return bounds;
+}
+
+void ExpectBounds(const VRLp_PathBounds& b, float left, float top, float right, float bottom) {
+    constexpr float kTolerance = 0.02F;  // pixels
+    EXPECT_NEAR(b.left, left, kTolerance);
+    EXPECT_NEAR(b.top, top, kTolerance);
+    EXPECT_NEAR(b.right, right, kTolerance);
+    EXPECT_NEAR(b.bottom, bottom, kTolerance);
+}
+
+// Area of a closed shape whose handles are close to its chords.
+double PolygonArea(const DY_Shape& shape) {
+    const auto items = ItemsOf(shape);
+    double area = 0;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const WEX_Item a = items[i];
+        const WEX_Item b = items[(i + 1) % items.size()];
+        area += (double(a.x) * double(b.y) - double(b.x) * double(a.y)) / 2;
+    }
+    return area;
+}
+
+using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
+
+}  // namespace
+
+TEST(OffsetPath, HandsTheEngineJoinDistanceAndItsFixedArguments) {
+    struct Expected {
+        std::uint32_t join, code;
+        float miter_limit;
+    };
+    for (const Expected expected : {Expected{1, 0, 4}, {2, 1, 1}, {3, 2, 1}, {0, 1, 1}, {7, 1, 1}}) {
+        g_calls.clear();
+        CGRXPath path;
+        EXPECT_EQ(VRLp_OffsetShapePath(*Rectangle(0, 0, 50, 50), false, 2.5, 1, VRL_Join(expected.join), path), 0);
+        ASSERT_EQ(g_calls.size(), 1U);
+        EXPECT_EQ(g_calls[0].join, expected.code);
+        EXPECT_EQ(g_calls[0].miter_limit, expected.miter_limit);
+        EXPECT_EQ(g_calls[0].distance, 2.5F);
+        EXPECT_THAT(g_calls[0].fixed, ElementsAre(0, 0, 0, 1, 0, 0, 1, 0));
+        EXPECT_EQ(g_calls[0].flatness, 0.5F);
+        EXPECT_EQ(g_calls[0].last, -1.0F);
+        EXPECT_NE(g_calls[0].progress, nullptr);
+    }
+}
+
+TEST(OffsetPath, ExpansionComesBeforeTheTransformAndKnowsThePixelAspect) {
+    const auto rectangle = Rectangle(0, 0, 100, 50);
+    ExpectBounds(BoundsWith(*rectangle, -3, 2, nullptr), 6, 3, 94, 47);
+    ExpectBounds(BoundsWith(*rectangle, 3, 0.5, nullptr), -1.5F, -3, 101.5F, 53);
+    const M_Matrix3 scaled = {{{2, 0, 0}, {0, 3, 0}, {10, 20, 1}}};
+    ExpectBounds(BoundsWith(*rectangle, 3, 1, &scaled), 4, 11, 216, 179);
+    ExpectBounds(BoundsWith(*rectangle, -26, 1, &scaled), 0, 0, 0, 0);  // nothing left
+
+    g_calls.clear();
+    for (const double tiny : {5e-13, -5e-13, 0.0}) BoundsWith(*rectangle, tiny, 1, nullptr);
+    EXPECT_TRUE(g_calls.empty());
+    for (const double enough : {1e-12, -1e-12}) BoundsWith(*rectangle, enough, 1, nullptr);
+    EXPECT_EQ(g_calls.size(), 2U);
+}
+
+TEST(InsetShape, PositiveDistancesShrinkAndPiecesAreAppended) {
+    Shapes shapes = {boost::shared_ptr<DY_Shape>(new DY_Shape(kShapeTypeBezier, nullptr))};
+    const boost::shared_ptr<DY_Shape> kept = shapes[0];
+    VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, 2, 1, shapes);
+    ASSERT_EQ(shapes.size(), 2U);
+    EXPECT_EQ(shapes[0], kept);
+    EXPECT_FALSE(shapes[1]->IsOpen());
+    EXPECT_EQ((*shapes[1]->GetPoints())->count, 12);
+    EXPECT_NEAR(std::abs(PolygonArea(*shapes[1])), 16 * 6, 0.5);
+
+    VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, 6, 1, shapes);
+    EXPECT_EQ(shapes.size(), 2U);  // nothing left, nothing appended
+
+    // A dumbbell whose waist vanishes falls into two.
+    const auto dumbbell =
+        Polygon({{0, 0}, {20, 0}, {20, 9}, {40, 9}, {40, 0}, {60, 0}, {60, 20}, {40, 20}, {40, 11}, {20, 11}, {20, 20}, {0, 20}});
+    VRL_InsetShapeJoin(*dumbbell, true, 3, 1, kVRLJoinMiter, shapes);
+    EXPECT_EQ(shapes.size(), 4U);
+
+    shapes.clear();
+    VRL_InsetShapeJoin(*Rectangle(0, 0, 20, 10), true, -2, 1, kVRLJoinMiter, shapes);
+    VRL_InsetShapeJoin(*Rectangle(0, 0, 20, 10), true, -2, 1, kVRLJoinBevel, shapes);
+    VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, -2, 2, shapes);
+    ASSERT_EQ(shapes.size(), 3U);
+    EXPECT_NEAR(std::abs(PolygonArea(*shapes[0])), 24 * 14, 0.5);
+    EXPECT_NEAR(std::abs(PolygonArea(*shapes[1])), 24 * 14 - 4 * 2, 0.5);
+    for (const boost::shared_ptr<DY_Shape>& shape : shapes) EXPECT_EQ(shape.use_count(), 1);
+}
+
+TEST(InsetShape, EveryFailureLeavesTheCallAndNothingElse) {
+    refhost::SetReportSink([](const refhost::Report&) { return 0; });
+    const auto blob = Blob(30, 50, 50, 40);
+    const int objects = refhost::LiveEngineObjects();
+    Shapes shapes;
+    VRL_InsetShape(*blob, true, 3, 2, shapes);
+    ASSERT_EQ(shapes.size(), 1U);
+    const auto count_failures = [&](auto arm) {
+        int nth = 1;
+        for (;; ++nth) {
+            shapes.clear();
+            arm(nth);
+            bool thrown = false;
+            try {
+                VRL_InsetShape(*blob, true, 3, 2, shapes);
+            } catch (int status) {
+                thrown = status == 66 || status == -4;
+            } catch (const std::exception&) {
+                thrown = true;
+            }
+            refhost::DisarmFaults();
+            if (!refhost::FaultStruck()) return nth - 1;
+            EXPECT_TRUE(thrown) << nth;
+            EXPECT_LE(shapes.size(), 1U);
+            shapes.clear();
+            EXPECT_EQ(refhost::LiveEngineObjects(), objects) << nth;
+        }
+    };
+    EXPECT_GT(count_failures([](int nth) { refhost::FailAnyHostCall(nth, 66); }), 60);
+    EXPECT_GT(count_failures([](int nth) { refhost::FailAllocations(nth, 1); }), 20);
+    refhost::SetReportSink({});
+}
