@@ -1,4 +1,4 @@
-// Renders a feathered diamond into an 8-bit buffer and prints it.
+// Renders a feathered diamond and prints it.
 #include <cstdio>
 
 #include "api/vrl.h"
@@ -10,11 +10,7 @@ int main() {
     DY_Shape diamond(kShapeTypeBezier, nullptr);
     constexpr WEX_Item corners[] = {{32, 2}, {62, 16}, {32, 30}, {2, 16}};
     for (int i = 0; i < 12; ++i) WEX_Insert(&corners[(i + 1) / 3 % 4], -1, diamond.GetPoints());  // handles on the vertices
-
-    VRL_MaskParams params = {};
-    params.feather_x = params.feather_y = 4 * 65536;
-    params.opacity = 65536;
-    params.quality = 1;
+    VRL_MaskParams params = {.feather_x = 4 * 65536, .feather_y = 4 * 65536, .opacity = 65536, .quality = 1};
     GW_UnoBuffer buffer(64, 32, 8);
     const int status = VRL_MaskWithShape(&diamond, &params, nullptr, &buffer, nullptr);
     for (int y = 0; y < buffer.height; ++y, std::putchar('\n'))

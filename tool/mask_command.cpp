@@ -15,6 +15,7 @@
 #include "tool/output_file.h"
 #include "tool/png_writer.h"
 #include "tool/shape_file.h"
+#include "tool/standard_stream.h"
 #include "tool/work_progress.h"
 
 namespace vrltool {
@@ -48,7 +49,7 @@ MaskBuffer NewBuffer(const MaskOptions& options) {
     try {
         return std::make_unique<GW_UnoBuffer>(width, height, options.depth);
     } catch (const std::bad_alloc&) {
-        throw Failure(options.output + ": not enough memory for a mask of " + std::to_string(width) + "x" +
+        throw Failure(OutputName(options.output) + ": not enough memory for a mask of " + std::to_string(width) + "x" +
                       std::to_string(height));
     }
 }
@@ -76,7 +77,7 @@ RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const MaskOpti
         params.progress = progress.Callbacks();
         M_LRect& touched = result.touched.emplace_back();
         library.Check(VRL_MaskWithShape(records[i].shape.get(), &params, &options.transform, mask.get(), &touched),
-                      options.shapes);
+                      InputName(options.shapes));
 
         const CombineMode mode = records[i].mode.value_or(options.combine);
         if (result.total) {

@@ -59,11 +59,6 @@ double NumberScanner::Number() {
     return *start == '-' ? -value : value;
 }
 
-double NumberScanner::NonNegativeNumber() {
-    if (Peek() == '-') FailExpecting("a number that is not negative");
-    return Number();
-}
-
 bool NumberScanner::Flag() {
     if (Accept('0')) return false;
     if (Accept('1')) return true;

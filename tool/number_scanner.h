@@ -21,10 +21,10 @@ class NumberScanner {
     /// The next word of letters, empty when none is next.
     std::string_view Word();
 
-    /// @throws Failure  when no finite number is next; so do the two below
+    /// @throws Failure  when no finite number is next
     double Number();
-    double NonNegativeNumber();
     /// A single 0 or 1, which needs no separator after it.
+    /// @throws Failure
     bool Flag();
 
     /// @throws Failure  "offset N: expected `what`, found ..."

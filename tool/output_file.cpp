@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "tool/failure.h"
-#include "tool/shape_file.h"
+#include "tool/standard_stream.h"
 
 namespace vrltool {
 namespace {
@@ -34,7 +34,7 @@ int CreateBeside(const std::string& target, std::string& created) {
 
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path) : name_(path == kStandardStream ? "standard output" : path) {
+OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
     if (path == kStandardStream) {
         stream_ = stdout;
         return;

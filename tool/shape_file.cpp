@@ -8,6 +8,7 @@
 #include "tool/failure.h"
 #include "tool/interrupt.h"
 #include "tool/json_shapes.h"
+#include "tool/standard_stream.h"
 #include "tool/svg_reader.h"
 
 namespace vrltool {
@@ -48,7 +49,7 @@ std::vector<ShapeRecord> LoadShapes(const std::string& path) {
     try {
         return ReadShapes(path, ReadWhole(path));
     } catch (const Failure& failure) {
-        throw Failure((path == kStandardStream ? "standard input" : path) + ": " + failure.what());
+        throw Failure(InputName(path) + ": " + failure.what());
     }
 }
 

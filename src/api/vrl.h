@@ -11,6 +11,7 @@
 #include "host/geometry_records.h"
 #include "host/image.h"
 #include "host/shape.h"
+#include "host/world.h"
 
 // The mask library's exports. Call VRL_Birth once before any other, VRL_Death once when done.
 
@@ -31,6 +32,11 @@ VRL_API void VRL_Death() noexcept;
 /// buffer then keeps what was written so far.
 VRL_API std::int32_t VRL_MaskWithShape(const DY_Shape* shape, const VRL_MaskParams* params, const M_Matrix3* transform,
                                        GW_UnoBuffer* buffer, M_LRect* touched);
+
+/// Renders one mask at the size of `layer`, without a transform, and merges it into the layer's alpha. `touched` (may be
+/// null) receives the rectangle that was merged. Returns what VRL_MaskWithShape would; after a failed render the layer
+/// is unchanged and `touched` not written.
+VRL_API std::int32_t VRL_MaskWithWorld(const DY_Shape* shape, const VRL_MaskParams* params, GW_LayerDef* layer, M_LRect* touched);
 
 /// Moves the outline of `shape` inwards by `distance` pixels, outwards when it is negative, and appends what is left to
 /// `shapes`: one new shape for every piece, none when nothing is left. Distances are measured with pixels `pixel_aspect`
