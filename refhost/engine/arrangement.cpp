@@ -193,11 +193,16 @@ Nodes FindNodes(std::span<const GridSegment> segments) {
 }
 
 // A loop starts at a node, so that no stretch runs across its seam, and has one in its leftmost point, where windings are anchored.
+// So have sharp turns: the segments of one that turns straight back may cover each other, as edges that have to be merged.
 void MarkLoopNodes(std::span<const GridSegment> segments, Nodes& nodes) {
     std::size_t leftmost = 0;
     for (std::size_t i = 0; i < segments.size(); ++i) {
         const bool starts_loop = i == 0 || segments[i].from != segments[i - 1].to;
-        if (starts_loop) nodes.is_at_start[i] = nodes.is_at_start[leftmost] = true;
+        if (starts_loop) {
+            nodes.is_at_start[i] = nodes.is_at_start[leftmost] = true;
+        } else if (Dot(segments[i].to - segments[i].from, segments[i - 1].to - segments[i - 1].from) < 0) {
+            nodes.is_at_start[i] = true;
+        }
         const GridPoint p = segments[i].from;
         const GridPoint best = segments[leftmost].from;
         if (starts_loop || p.x < best.x || (p.x == best.x && p.y < best.y)) leftmost = i;

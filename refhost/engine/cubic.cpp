@@ -99,7 +99,7 @@ double BernsteinValue(const std::array<double, 4>& b, double t) {
 }
 
 double Bisect(const std::array<double, 4>& bernstein, double low, double high) {
-    constexpr int kHalvings = 48;
+    constexpr int kHalvings = 26;  // to about 1e-8 of the curve
     for (int i = 0; i < kHalvings; ++i) {
         const double middle = 0.5 * (low + high);
         (BernsteinValue(bernstein, middle) < 0 ? low : high) = middle;

@@ -23,21 +23,6 @@ struct Workspace {
 };
 thread_local Workspace workspace;
 
-void CheckOperators(const PathView& path) {
-    const auto check = [](bool sound) {
-        if (!sound) throw EngineError{&kErrorBadPath};
-    };
-    const std::span<const PIVPointType> operators = path.operators;
-    check(operators.size() == path.Size());
-    check(operators.empty() || operators.front() == kPIVMove);
-    for (std::size_t i = 0; i < operators.size(); ++i) {
-        check(operators[i] <= kPIVClose);
-        if (operators[i] != kPIVCurve) continue;
-        check(operators.size() - i >= 3 && operators[i + 1] == kPIVCurve && operators[i + 2] == kPIVCurve);
-        i += 2;
-    }
-}
-
 void MapPoints(const PathView& path, const PIVMatrix& matrix, std::vector<Point>& points) {
     points.resize(path.Size());
     std::transform(path.points.begin(), path.points.end(), points.begin(), [&](M_Vector2T<float> p) { return Map(matrix, p); });

@@ -12,11 +12,12 @@ namespace refhost {
 /// The fill of one path (nonzero winding, open subpaths filled as if closed) over a device rectangle, with exact area coverage.
 /// The whole rectangle is scan-converted at construction; what is kept is of the order of the outline's length, not of the
 /// rectangle's area. The coverage raster is a single row, which the row function fills in; so one thread uses a painter at a
-/// time. A row is the same whatever other rows the rectangle holds.
+/// time.
 ///
-/// At best quality curves are followed to 0.005 px, else to 0.02 px, and rows in which the path overlaps itself are resolved;
-/// without that, a pixel that meets different windings takes their mean. A path whose mean winding stays in [0, 1] or in
-/// [-1, 0] at every pixel counts as free of overlaps.
+/// At best quality curves are followed to 0.005 px, else to 0.02 px, and a path that overlaps itself is resolved; without that, a
+/// pixel that meets different windings takes their mean. An overlap is seen when it takes the mean winding of some pixel in or
+/// next to the rectangle's rows out of [0, 1] and [-1, 0]: one smaller than a pixel or less than a row tall is resolved only
+/// beside a larger one. Otherwise a row is the same whatever other rows the rectangle holds.
 class FillPainter {
  public:
     /// The path is not needed afterwards. Of `device` only left, top, right and bottom matter; an empty rectangle makes a

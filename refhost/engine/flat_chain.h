@@ -8,8 +8,8 @@
 
 namespace refhost {
 
-inline constexpr double kGridUnitsPerPixel = 1024;  // the integer grid on which chains are intersected
-inline constexpr double kLargestGridPixel = 1 << 18;  // pixels from the origin; keeps the arrangement's products exact
+inline constexpr double kGridUnitsPerPixel = 8192;                                              // where chains are intersected
+inline constexpr double kLargestGridPixel = kLargestGridCoordinate / kGridUnitsPerPixel;  // pixels from the origin, either way
 
 /// Which part of a chain a grid segment stands for.
 struct SegmentSource {

@@ -11,8 +11,11 @@
 namespace refhost {
 namespace {
 
-constexpr double kFitTolerance = 0.01;       // pixels, for parallels and arcs
-constexpr double kFlattenTolerance = 0.01;   // pixels, for finding out what covers what
+constexpr double kFitTolerance = 0.01;       // pixels, for curves fitted and for chords that find out what covers what
+constexpr double kRegionTolerance = 0.002;   // for the region itself: thinner parts of it may be taken for nothing
+constexpr double kStepTolerance = 0.005;     // the same where errors of several steps add up
+constexpr std::size_t kManyPieces = 300;     // an outline of more is offset in steps
+constexpr double kStepPieces = 4;            // length of a step, in mean pieces
 constexpr double kSpeckSize = 0.05;          // pixels; a contour smaller than this both ways is left out
 constexpr double kLargestInput = 1e9;        // pixels
 constexpr double kLongestMiter = 100;        // times the distance; longer ones are bevelled whatever the limit
@@ -26,7 +29,9 @@ struct Placement {
 void RequireUsable(const Outline& outline, double distance, double miter_limit);
 Placement PlacementFor(const Outline& outline, double reach);
 Outline Resolved(const Outline& outline);
-Outline Offset(const Outline& outline, double distance, JoinStyle style);
+Outline Offset(Outline outline, double distance, JoinStyle style);
+Outline OffsetOnce(const Outline& outline, double distance, JoinStyle style, double tolerance);
+double MeanPieceLength(const Outline& outline);
 bool IsSpeck(std::span<const CurvePiece> loop);
 std::vector<CurveContour> ToContours(const Outline& outline);
 
@@ -63,7 +68,7 @@ Placement PlacementFor(const Outline& outline, double reach) {
         }
     }
     const Point centre = {std::round(0.5 * (low.x + high.x)), std::round(0.5 * (low.y + high.y))};
-    double extent = std::max(high.x - low.x, high.y - low.y) + reach + 1;
+    double extent = 0.5 * std::max(high.x - low.x, high.y - low.y) + reach + 1;
     double scale = 1;
     for (; extent > kLargestGridPixel; extent *= 0.5) scale *= 0.5;
     return {-centre, scale};
@@ -72,17 +77,38 @@ Placement PlacementFor(const Outline& outline, double reach) {
 /// The outline of the nonzero-filled region: it winds once around every inside point and not at all around the others.
 Outline Resolved(const Outline& outline) {
     const OffsetChain chain = ChainOf(Regularised(outline));
-    const FlatChain flat = Flatten(chain, kFlattenTolerance);
+    const FlatChain flat = Flatten(chain, kRegionTolerance);
     const Boundary boundary = FindBoundary(flat.segments, WindingRule::kNonZero);
-    return Regularised(RebuildCurves(chain, flat, boundary, kFlattenTolerance));
+    return RebuildCurves(chain, flat, boundary, kRegionTolerance);
 }
 
-Outline Offset(const Outline& outline, double distance, JoinStyle style) {
-    if (distance == 0) return outline;
-    const OffsetChain chain = BuildOffsetChain(outline, distance, style, kFitTolerance);
-    const FlatChain flat = Flatten(chain, kFlattenTolerance);
+// Growing by a and then by b is growing by a + b, and likewise for shrinking: sets of discs add up. A long way is gone in steps of a
+// few pieces' length each, because most of the outline's detail disappears on the first ones, before it can cross everything else.
+// Mitres and bevels do not add up like that.
+Outline Offset(Outline outline, double distance, JoinStyle style) {
+    double remaining = std::abs(distance);
+    while (remaining > 0 && !outline.pieces.empty()) {
+        const double piece = MeanPieceLength(outline);
+        const bool in_steps = style.join == OffsetJoin::kRound && outline.pieces.size() > kManyPieces && remaining > 2 * kStepPieces * piece;
+        const double step = in_steps ? kStepPieces * piece : remaining;
+        const double tolerance = step == std::abs(distance) ? kFitTolerance : kStepTolerance;
+        outline = OffsetOnce(outline, std::copysign(step, distance), style, tolerance);
+        remaining -= step;
+    }
+    return outline;
+}
+
+Outline OffsetOnce(const Outline& outline, double distance, JoinStyle style, double tolerance) {
+    const OffsetChain chain = BuildOffsetChain(Regularised(outline), distance, style, tolerance);
+    const FlatChain flat = Flatten(chain, tolerance);
     const Boundary boundary = FindBoundary(flat.segments, WindingRule::kPositive);
-    return RebuildCurves(chain, flat, boundary, kFlattenTolerance);
+    return RebuildCurves(chain, flat, boundary, tolerance);
+}
+
+double MeanPieceLength(const Outline& outline) {
+    double length = 0;
+    for (const CurvePiece& piece : outline.pieces) length += Distance(piece.curve.p0, piece.curve.p3);
+    return length / static_cast<double>(outline.pieces.size());
 }
 
 bool IsSpeck(std::span<const CurvePiece> loop) {

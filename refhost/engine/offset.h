@@ -23,7 +23,7 @@ struct CurveContour {
 /// negative; 0 gives the region's own outline. Open subpaths count as closed by a straight leg.
 ///
 /// Contours do not cross themselves or each other; outer ones run clockwise on screen (positive area, y down), holes the other way.
-/// They lie within 0.02 px of the exact offset, more only where coordinates beyond 2^18 px coarsen the working grid.
+/// They lie within 0.02 px of the exact offset, more only where extents beyond 2^16 px coarsen the working grid.
 ///
 /// @throws EngineError  kErrorBadPath for operators that make no path, kErrorNotFinite for a NaN or infinite number,
 ///                      kErrorBadArgument for coordinates or distances beyond 1e9 px

@@ -36,6 +36,7 @@ class PathReader {
 
 void AppendRegularised(CurvePiece piece, Point& last, Outline& result);
 void AppendSplitAtCusps(const Cubic& curve, Outline& result);
+bool MovesAhead(const Cubic& curve, double slow);
 double ControlLength(const Cubic& curve);
 bool LooksStraight(const Cubic& curve);
 Cubic WithoutTinyHandles(Cubic curve);
@@ -175,12 +176,19 @@ void AppendRegularised(CurvePiece piece, Point& last, Outline& result) {
 void AppendSplitAtCusps(const Cubic& curve, Outline& result) {
     const double slow = kCuspSpeed * ControlLength(curve);
     double done = 0;
-    for (const double t : SpeedMinima(curve)) {
+    const std::vector<double> slowest = MovesAhead(curve, slow) ? std::vector<double>() : SpeedMinima(curve);
+    for (const double t : slowest) {
         if (Length(FirstDerivative(curve, t)) >= slow) continue;
         result.pieces.push_back({WithoutTinyHandles(SubCurve(curve, done, t)), false});
         done = t;
     }
     result.pieces.push_back({WithoutTinyHandles(done == 0 ? curve : SubCurve(curve, done, 1)), false});
+}
+
+// The part of the velocity along the chord is between those of the control legs: a quick proof that there is no cusp.
+bool MovesAhead(const Cubic& c, double slow) {
+    const Point chord = c.p3 - c.p0;
+    return std::min({Dot(c.p1 - c.p0, chord), Dot(c.p2 - c.p1, chord), Dot(c.p3 - c.p2, chord)}) > slow * Length(chord);
 }
 
 double ControlLength(const Cubic& c) { return Distance(c.p0, c.p1) + Distance(c.p1, c.p2) + Distance(c.p2, c.p3); }

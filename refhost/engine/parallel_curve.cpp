@@ -164,7 +164,7 @@ bool IsCalm(const Cubic& c) {
 
 // The curve turns fastest where it is slowest: with these points as knots no tight turn hides between two probes.
 void ParallelSampler::Sample() {
-    std::vector<double> knots = {0, 0.25, 0.5, 0.75, 1};
+    std::vector<double> knots = {0, 0.5, 1};
     const std::vector<double> slow = SpeedMinima(curve_);
     knots.insert(knots.end(), slow.begin(), slow.end());
     std::sort(knots.begin(), knots.end());
@@ -261,8 +261,11 @@ std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
     const FitSample& first = fine.front();
     const FitSample& last = fine.back();
     const FitSamples samples = EvenSamples(fine);
-    const double chord = Distance(first.position, last.position);
-    HandleCubic fit = {first.position, first.tangent, last.position, last.tangent, chord / 3, chord / 3};
+    // Handles that give the parallel's own derivatives at the ends are a good start.
+    const double third = std::abs(last.t - first.t) / 3;
+    const double start_handle = third * Length(ParallelDerivative(curve_, distance_, first.t));
+    const double end_handle = third * Length(ParallelDerivative(curve_, distance_, last.t));
+    HandleCubic fit = {first.position, first.tangent, last.position, last.tangent, start_handle, end_handle};
     std::array<double, kFitSamples> parameters;
     for (std::size_t i = 0; i < parameters.size(); ++i) parameters[i] = static_cast<double>(i + 1) / (kFitSamples + 1);
     for (int round = 0; round < kFitRounds; ++round) {
@@ -271,6 +274,10 @@ std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
     if (fit.start_handle < 0 || fit.end_handle < 0) return std::nullopt;
     const Cubic curve = fit.Curve();
     if (WorstDeviation(curve, samples, parameters) > tolerance_) return std::nullopt;
+    // Once more where the fit did not look.
+    std::array<double, kFineSteps - 1> between;
+    for (std::size_t i = 0; i < between.size(); ++i) between[i] = fine[i + 1].progress;
+    if (WorstDeviation(curve, std::span(fine).subspan<1, kFineSteps - 1>(), between) > tolerance_) return std::nullopt;
     return curve;
 }
 

@@ -10,18 +10,6 @@ namespace {
 
 std::atomic<int> g_live{0};
 
-void CheckOperators(std::span<const PIVPointType> operators) {
-    std::size_t i = 0;
-    while (i < operators.size()) {
-        const PIVPointType op = operators[i];
-        const std::size_t length = op == kPIVCurve ? 3 : 1;
-        if (op > kPIVClose || (i == 0 && op != kPIVMove) || length > operators.size() - i) throw EngineError{&kErrorBadPath};
-        for (std::size_t k = 1; k < length; ++k)
-            if (operators[i + k] != kPIVCurve) throw EngineError{&kErrorBadPath};
-        i += length;
-    }
-}
-
 M_Vector2T<float> MapPoint(const PIVMatrix& matrix, M_Vector2T<float> point) {
     const Point mapped = Map(matrix, point);
     const M_Vector2T<float> narrow = {static_cast<float>(mapped.x), static_cast<float>(mapped.y)};
@@ -32,7 +20,7 @@ M_Vector2T<float> MapPoint(const PIVMatrix& matrix, M_Vector2T<float> point) {
 }  // namespace
 
 GRXPath* NewPathObject(const PathView& view, const PIVMatrix& matrix) {
-    CheckOperators(view.operators);
+    CheckOperators(view);
     auto path = std::make_unique<GRXPath>();
     path->operators.assign(view.operators.begin(), view.operators.end());
     path->points.reserve(view.points.size());

@@ -15,6 +15,10 @@ struct PathView {
     std::size_t Size() const { return points.size(); }
 };
 
+/// Makes sure that curves come in threes and that nothing is drawn before the first move.
+/// @throws EngineError  kErrorBadPath
+void CheckOperators(const PathView& path);
+
 /// A point in the engine's working precision, pixels, x right, y down.
 struct Point {
     double x, y;

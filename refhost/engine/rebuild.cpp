@@ -8,7 +8,7 @@
 namespace refhost {
 namespace {
 
-constexpr double kShortRun = 3;        // grid units; a run of edges this short is an accident of rounding
+constexpr double kShortRun = 0.003;      // pixels; a run of edges this short is an accident of rounding
 constexpr double kWeldDistance = 0.01;  // pixels; ends this close meet half-way, others are connected by a line
 constexpr double kCrossingReach = 10;   // flattening tolerances a crossing of curves may lie from that of their chords
 constexpr double kScaffoldShare = 0.2;  // of a loop's length; true loops have no scaffold in them but for rounding at cusps
@@ -145,7 +145,7 @@ bool LoopRebuilder::IsRoundingSliver() const {
 
 // What remains of such slits on other loops goes too, and runs as short as the rounding itself.
 void LoopRebuilder::DropAccidentalRuns() {
-    const auto is_kept = [&](const Run& run) { return run.length > kShortRun && !run.scaffold; };
+    const auto is_kept = [&](const Run& run) { return run.length > kShortRun * kGridUnitsPerPixel && !run.scaffold; };
     if (std::count_if(runs_.begin(), runs_.end(), is_kept) >= 2) std::erase_if(runs_, [&](const Run& run) { return !is_kept(run); });
 }
 

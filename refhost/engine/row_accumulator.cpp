@@ -6,10 +6,10 @@ namespace refhost {
 void RowAccumulator::Reset(std::int32_t columns) {
     columns_ = columns;
     const std::size_t written = static_cast<std::size_t>(columns) + 2;
-    const std::size_t words = written / kWord + 1;
+    const std::size_t words = (written >> kWordBits) + 1;
     sums_.assign(written, 0);
     dirty_.assign(words, 0);
-    dirty_words_.assign(words / kWord + 1, 0);
+    dirty_words_.assign((words >> kWordBits) + 1, 0);
 }
 
 /// Shares the height out by where the piece meets the column borders; the last column takes what is left, so nothing is lost.

@@ -40,8 +40,8 @@ class RowAccumulator {
     void Drain(Span span);
 
  private:
-    static constexpr std::int32_t kWord = 64;  // columns per word of `dirty_`, and its words per word of `dirty_words_`
-
+    static constexpr int kWordBits = 6;  // a word of `dirty_` is for 64 columns, one of `dirty_words_` for 64 such words
+    static constexpr std::int32_t kInWord = (1 << kWordBits) - 1;
     static constexpr std::uint64_t kAllColumns = ~std::uint64_t{0};
 
     static void AddCell(std::uint32_t* sum, std::int32_t height, std::int32_t twice_from_left);
@@ -78,10 +78,10 @@ inline void RowAccumulator::AddCell(std::uint32_t* sum, std::int32_t height, std
 }
 
 inline void RowAccumulator::Mark(std::int32_t first, std::int32_t last) {
-    const std::int32_t first_word = first / kWord;
-    const std::int32_t last_word = last / kWord;
-    const std::uint64_t from_first = kAllColumns << (first % kWord);
-    const std::uint64_t to_last = kAllColumns >> (kWord - 1 - last % kWord);
+    const std::int32_t first_word = first >> kWordBits;
+    const std::int32_t last_word = last >> kWordBits;
+    const std::uint64_t from_first = kAllColumns << (first & kInWord);
+    const std::uint64_t to_last = kAllColumns >> (kInWord - (last & kInWord));
     if (first_word == last_word) {
         MarkWord(first_word, from_first & to_last);
         return;
@@ -93,14 +93,14 @@ inline void RowAccumulator::Mark(std::int32_t first, std::int32_t last) {
 
 inline void RowAccumulator::MarkWord(std::int32_t word, std::uint64_t columns) {
     dirty_[static_cast<std::size_t>(word)] |= columns;
-    dirty_words_[static_cast<std::size_t>(word / kWord)] |= std::uint64_t{1} << (word % kWord);
+    dirty_words_[static_cast<std::size_t>(word >> kWordBits)] |= std::uint64_t{1} << (word & kInWord);
 }
 
 /// What the right border passed on to columns that do not exist.
 inline void RowAccumulator::ForgetBehind() {
     for (const std::int32_t column : {columns_, columns_ + 1}) {
         sums_[static_cast<std::size_t>(column)] = 0;
-        dirty_[static_cast<std::size_t>(column / kWord)] &= ~(std::uint64_t{1} << (column % kWord));
+        dirty_[static_cast<std::size_t>(column >> kWordBits)] &= ~(std::uint64_t{1} << (column & kInWord));
     }
 }
 
@@ -114,9 +114,9 @@ void RowAccumulator::Drain(Span span) {
     std::int32_t done = 0;
     for (std::size_t group = 0; group < dirty_words_.size(); ++group) {
         for (std::uint64_t words = std::exchange(dirty_words_[group], 0); words != 0; words &= words - 1) {
-            const std::int32_t word = static_cast<std::int32_t>(group) * kWord + std::countr_zero(words);
+            const std::int32_t word = (static_cast<std::int32_t>(group) << kWordBits) + std::countr_zero(words);
             for (std::uint64_t bits = std::exchange(dirty[word], 0); bits != 0; bits &= bits - 1) {
-                const std::int32_t column = word * kWord + std::countr_zero(bits);
+                const std::int32_t column = (word << kWordBits) + std::countr_zero(bits);
                 if (column > done) span(static_cast<std::int32_t>(area), column);
                 done = column;
                 area += std::exchange(sums[column], 0);

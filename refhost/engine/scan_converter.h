@@ -18,7 +18,7 @@ namespace refhost {
 class ScanConverter {
  public:
     /// The rows of `area`, from `device.left` to `device.right`. `operators` make a path, one for each of the finite `points`;
-    /// `area` is not empty, lies inside `device` and measures a million columns and rows at most.
+    /// `area` is not empty, lies between the sides of `device` and measures a million columns and rows at most.
     /// @throws std::bad_alloc
     FillRows Convert(std::span<const PIVPointType> operators, std::span<const Point> points, const FillArea& area,
                      const PIVDeviceRect& device, bool best_quality);

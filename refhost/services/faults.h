@@ -19,6 +19,7 @@ enum class HostCall {
     kListGetConstAddress,
     kSetIdentityMatrix,
     kScaleMatrix,
+    kInverseMatrix,
     kFillBuffer,
     kInvertAndFade,
     kFeatherLine,

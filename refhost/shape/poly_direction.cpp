@@ -29,17 +29,27 @@ double SignedArea(std::span<const WEX_Item> items) {
     return area;
 }
 
-// With a closing segment the first vertex stays first; an open outline has only its two ends to swap.
-void Reverse(std::span<WEX_Item> items) { std::ranges::reverse(items.size() % 3 == 0 ? items.subspan(1) : items); }
+// With a closing segment the first vertex stays first; an open outline has only its two ends to swap. Feather points
+// stay where they are on the curve: what was u segments from the start is now u segments from the end.
+void Reverse(DY_ShapeState& state) {
+    const std::span<WEX_Item> items = state.points.items;
+    const bool has_closing_segment = items.size() % 3 == 0;
+    std::ranges::reverse(has_closing_segment ? items.subspan(1) : items);
+    const auto segments = static_cast<double>(items.size() / 3);
+    for (refhost::FeatherPoint& point : state.feather) {
+        point.position = has_closing_segment && point.position == 0 ? 0 : segments - point.position;
+    }
+    std::ranges::stable_sort(state.feather, {}, &refhost::FeatherPoint::position);
+}
 
 }  // namespace
 
 int DY_SetPolyDir(unsigned char direction, DY_Shape* shape) {
     if (const int status = refhost::InjectedStatus(refhost::HostCall::kSetPolyDir)) return status;
-    const std::span<WEX_Item> items = shape->state->points.items;
+    const std::span<const WEX_Item> items = shape->state->points.items;
     if (items.empty()) return 0;
     const double area = SignedArea(items);
     const bool clockwise_wanted = direction == 1;
-    if (clockwise_wanted ? area < 0 : area > 0) Reverse(items);
+    if (clockwise_wanted ? area < 0 : area > 0) Reverse(*shape->state);
     return 0;
 }

@@ -27,9 +27,11 @@ void DY_Shape::Transform(const M_Matrix3& matrix) {
         point = {static_cast<float>(x * m[0][0] + y * m[1][0] + m[2][0]),
                  static_cast<float>(x * m[0][1] + y * m[1][1] + m[2][1])};
     }
+    const auto scale = static_cast<float>(std::sqrt(std::abs(m[0][0] * m[1][1] - m[0][1] * m[1][0])));
+    for (refhost::FeatherPoint& point : state->feather) point.radius *= scale;
 }
 
-std::int32_t DY_Shape::GetFeatherPtCount(int) const { return 0; }
+std::int32_t DY_Shape::GetFeatherPtCount(int) const { return static_cast<std::int32_t>(state->feather.size()); }
 
 int DY_ShapeGetBezPoints(const DY_Shape* shape, int index, M_Vector2T<float>* anchor, M_Vector2T<float>* arriving,
                          M_Vector2T<float>* leaving) {

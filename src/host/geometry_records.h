@@ -36,5 +36,11 @@ struct VRL_HOST_API M_Matrix3 {
 
 VRL_HOST_API int M_SetIdentityMatrix(M_Matrix3* matrix);
 
-/// Appends a scale about (`about_x`, `about_y`): the old mapping runs first, then the scale.
+/// Puts a scale about (`about_x`, `about_y`) before the mapping: points are scaled first, then mapped as before.
 VRL_HOST_API int M_ScaleMatrix(double scale_x, double scale_y, double about_x, double about_y, M_Matrix3* matrix);
+
+/// Non-zero, and unreported, when `matrix` has no inverse.
+VRL_HOST_API int M_InverseMatrixQuiet(const M_Matrix3* matrix, M_Matrix3* inverse);
+
+/// Bounds of the mapped rectangle.
+VRL_HOST_API void M_TransformBounds(const M_Matrix3* matrix, const M_FloatRect* rect, M_FloatRect* bounds);

@@ -24,6 +24,9 @@ class CGRXPath {
     /// @throws CNUBError, std::bad_alloc  as the engine fails
     static CGRXPath FromRecord(const CPIVBezierPath& record);
 
+    /// Takes over the caller's reference to `path`, which may be null.
+    static CGRXPath Adopt(GRXPath* path) { return CGRXPath(path); }
+
     /// Empty for no path.
     GRXPathData Data() const;
     /// A new path with every point mapped.

@@ -21,6 +21,11 @@ VRLp_PolyRasterizer<P>::VRLp_PolyRasterizer(const DY_Shape& source, bool best, f
                                             const VRLp_ProgPtrCanceler& stop, const M_Matrix3* matrix)
     : pixel_aspect(aspect), quality(best), shape(&source), transform(matrix), canceler(&stop) {
     VRLp_MakeMaskPath(source, best, static_cast<double>(expansion), static_cast<double>(aspect), matrix, path, bounds);
+    SetBoxToBounds();
+}
+
+template <class P>
+void VRLp_PolyRasterizer<P>::SetBoxToBounds() {
     render_box = {FloorToInt(static_cast<double>(bounds.left)), FloorToInt(static_cast<double>(bounds.top)),
                   CeilToInt(static_cast<double>(bounds.right)), CeilToInt(static_cast<double>(bounds.bottom))};
 }

@@ -39,6 +39,8 @@ class VRLp_PolyRasterizer {
     const VRLp_PathBounds& Bounds() const { return bounds; }
 
  protected:
+    void SetBoxToBounds();  // rounded outwards
+
     VRLp_FillPainter painter;
     VRLp_PathBounds bounds = {};
     M_LRect render_box = {};

@@ -239,7 +239,7 @@ TEST(FillPainter, RowsThatShowNothingAreOneEmptyRun) {
 }
 
 TEST(FillPainter, HugeCoordinatesEndFastAndFillWhatTheyShould) {
-    constexpr double kHuge = std::numeric_limits<float>::max();
+    constexpr double kHuge = static_cast<double>(std::numeric_limits<float>::max());
     for (const double reach : {1e7, 1e30, kHuge}) {
         const std::vector<std::uint8_t> all = Fill(support::Rectangle(-reach, -reach, reach, reach), kBox);
         EXPECT_TRUE(std::all_of(all.begin(), all.end(), [](std::uint8_t level) { return level == 255; }));

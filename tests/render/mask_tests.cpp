@@ -22,7 +22,8 @@ struct Rendered {
     Rendered(const DY_Shape& shape, const VRL_MaskParams& params, int width, int height, int depth = 8,
              const M_Matrix3* transform = nullptr)
         : buffer(width, height, depth) {
-        std::fill_n(buffer.Row<std::uint8_t>(0), width * height * depth / 8, std::uint8_t{0x55});  // must all be overwritten
+        std::fill_n(buffer.Row<std::uint8_t>(0), width * height * (buffer.IsDeep() ? 2 : 1),
+                    std::uint8_t{0x55});  // must all be overwritten
         status = VRL_MaskWithShape(&shape, &params, transform, &buffer, &touched);
     }
     int At(int x, int y) const { return buffer.IsDeep() ? buffer.Row<GW_Pixel16>(y)[x] : buffer.Row<GW_Pixel8>(y)[x]; }

@@ -42,6 +42,8 @@ class FilledRegion {
     double SignedDistance(refhost::Point p) const;
     /// Points at exactly `distance` from the region: the true offset, sampled wherever the outline can generate it.
     std::vector<refhost::Point> OffsetPoints(double distance) const;
+    /// Whether the offset at its point `p` only lines a gap or a strip too narrow to matter.
+    bool IsSliver(refhost::Point p, double distance) const;
 
  private:
     SegmentField outline_;   // as given, for the winding
@@ -54,6 +56,9 @@ struct OffsetErrors {
     double missing = 0;      // the largest distance of a true offset point from the outline
     int wrong_windings = 0;  // probes that wind neither 0 nor 1, or are on the wrong side by more than 0.05 px
 };
+
+/// Probes beside the outline, clear of it by 0.01 px or more, around which it winds neither 0 nor 1 times: where it overlaps itself.
+int CountOverlaps(const std::vector<refhost::CurveContour>& contours);
 
 OffsetErrors MeasureOffset(const refhost::PathView& source, double distance, const std::vector<refhost::CurveContour>& result);
 
