@@ -1,8 +1,10 @@
 #include "tool/info_command.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/outline.h"
@@ -38,6 +40,10 @@ struct Totals {
     }
 };
 
+std::vector<std::string> Header() {
+    return {"shape", "outline", "vertices", "left", "top", "right", "bottom", "area", "direction", "mode"};
+}
+
 std::vector<std::string> RowFor(std::size_t number, const ShapeRecord& record, const Outline& outline) {
     const M_FloatRect bounds = TightBounds(outline);
     const double area = SignedArea(outline);
@@ -53,14 +59,21 @@ std::vector<std::string> RowFor(std::size_t number, const ShapeRecord& record, c
             record.mode ? NameOf(*record.mode) : "-"};
 }
 
+bool HasFeather(const ShapeRecord& record) { return record.shape->GetFeatherPtCount(0) > 0; }
+
 void RunInfo(const std::string& path) {
     const std::vector<ShapeRecord> records = LoadShapes(path);
-    TextTable table({"shape", "outline", "vertices", "left", "top", "right", "bottom", "area", "direction", "mode"});
+    const bool feathered = std::ranges::any_of(records, HasFeather);
+    std::vector<std::string> header = Header();
+    if (feathered) header.push_back("feather points");
+    TextTable table(std::move(header));
     Totals totals;
     for (const ShapeRecord& record : records) {
         const Outline outline = OutlineOf(*record.shape);
         totals.Add(outline);
-        table.AddRow(RowFor(totals.closed + totals.open, record, outline));
+        std::vector<std::string> row = RowFor(totals.closed + totals.open, record, outline);
+        if (feathered) row.push_back(std::to_string(record.shape->GetFeatherPtCount(0)));
+        table.AddRow(std::move(row));
     }
     std::printf("%s%zu shapes: %zu closed, %zu open, %zu vertices\n", records.empty() ? "" : table.Text().c_str(), records.size(),
                 totals.closed, totals.open, totals.vertices);

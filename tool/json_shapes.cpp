@@ -1,12 +1,15 @@
 #include "tool/json_shapes.h"
 
 #include <algorithm>
-#include <charconv>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
+#include <span>
+#include <utility>
 
 #include "base/narrow.h"
+#include "refhost/shape/feather_points.h"
 #include "tool/failure.h"
+#include "tool/number_text.h"
 #include "tool/outline.h"
 
 namespace vrltool {
@@ -74,9 +77,21 @@ CombineMode ReadMode(const Place& place) {
     return *mode;
 }
 
-void RequireNoFeather(const Place& place) {
-    if (!place.value.is_array()) place.Fail("expected an array");
-    if (!place.value.empty()) place.Fail("feather points are not supported by this version");
+std::size_t SegmentCount(const Outline& outline) { return outline.vertices.size() - (outline.closed ? 0 : 1); }
+
+refhost::FeatherPoint ReadFeatherPoint(const Place& place, std::size_t segments) {
+    place.RequireObject({"position", "radius"});
+    const double position = ReadNumber(place["position"]);
+    if (position < 0 || position > static_cast<double>(segments)) {
+        place["position"].Fail("expected a number from 0 to " + std::to_string(segments) + ", the count of segments");
+    }
+    return {position, NarrowToFloat(ReadNumber(place["radius"]))};
+}
+
+std::vector<refhost::FeatherPoint> ReadFeather(const Place& place, std::size_t segments) {
+    std::vector<refhost::FeatherPoint> points;
+    place.ForEach([&](const Place& point) { points.push_back(ReadFeatherPoint(point, segments)); });
+    return points;
 }
 
 ShapeRecord ReadShape(const Place& place) {
@@ -86,9 +101,9 @@ ShapeRecord ReadShape(const Place& place) {
     const Place vertices = place["vertices"];
     vertices.ForEach([&](const Place& vertex) { outline.vertices.push_back(ReadVertex(vertex)); });
     if (outline.vertices.empty()) vertices.Fail("a shape needs at least one vertex");
-    if (place.Has("feather")) RequireNoFeather(place["feather"]);
 
     ShapeRecord record = {MakeShape(outline), std::nullopt};
+    if (place.Has("feather")) refhost::SetFeatherPoints(*record.shape, ReadFeather(place["feather"], SegmentCount(outline)));
     if (place.Has("mode")) record.mode = ReadMode(place["mode"]);
     return record;
 }
@@ -107,17 +122,11 @@ json Parse(std::string_view text) {
     }
 }
 
-void AppendNumber(double number, std::string& out) {
-    char digits[32];
-    const std::to_chars_result result = std::to_chars(std::begin(digits), std::end(digits), NarrowToFloat(number));
-    out.append(digits, result.ptr);
-}
-
 void AppendPoint(const char* key, const Point& point, std::string& out) {
     out.append("\"").append(key).append("\": [");
-    AppendNumber(point.x, out);
+    AppendNumber(NarrowToFloat(point.x), out);
     out.append(", ");
-    AppendNumber(point.y, out);
+    AppendNumber(NarrowToFloat(point.y), out);
     out.append("]");
 }
 
@@ -131,6 +140,18 @@ void AppendVertex(const Vertex& vertex, std::string& out) {
     out.append("}");
 }
 
+void AppendFeather(std::span<const refhost::FeatherPoint> points, std::string& out) {
+    const char* separator = ", \"feather\": [\n    ";
+    for (const refhost::FeatherPoint& point : points) {
+        out.append(std::exchange(separator, ",\n    ")).append("{\"position\": ");
+        AppendNumber(point.position, out);
+        out.append(", \"radius\": ");
+        AppendNumber(point.radius, out);
+        out.append("}");
+    }
+    if (!points.empty()) out.append("]");
+}
+
 void AppendShape(const ShapeRecord& record, std::string& out) {
     const Outline outline = OutlineOf(*record.shape);
     out.append(outline.closed ? "{\"closed\": true, \"vertices\": [" : "{\"closed\": false, \"vertices\": [");
@@ -140,6 +161,7 @@ void AppendShape(const ShapeRecord& record, std::string& out) {
         AppendVertex(vertex, out);
     }
     out.append("]");
+    AppendFeather(refhost::FeatherPointsOf(*record.shape), out);
     if (record.mode) out.append(", \"mode\": \"").append(NameOf(*record.mode)).append("\"");
     out.append("}");
 }

@@ -10,9 +10,11 @@
 #include <string>
 
 #include "refhost/refhost.h"
+#include "tool/apply_command.h"
 #include "tool/command.h"
 #include "tool/failure.h"
 #include "tool/info_command.h"
+#include "tool/inset_command.h"
 #include "tool/interrupt.h"
 #include "tool/mask_command.h"
 
@@ -24,6 +26,8 @@ enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2, kSignalBase = 128 };
 
 constexpr const char* kExamples = R"(Examples:
   vrl mask hand.json --size 640x480 --feather 8 -o hand.png
+  vrl apply photo.png hand.json -o cut.png
+  vrl inset hand.json --distance 4 -o smaller.svg
   vrl info icon.svg
   vrl mask --help)";
 
@@ -49,12 +53,14 @@ void FlushStandardOutput() {
 }
 
 int Run(int argc, char** argv) {
-    CLI::App program("Renders the masks of vector shapes.", "vrl");
+    CLI::App program("Renders the masks of vector shapes, cuts pictures out by them and moves outlines.", "vrl");
     program.set_version_flag("--version", "vrl " VRL_VERSION);
     program.require_subcommand(0, 1);  // a missing one is told below, a misspelt one by the parser
     program.footer(kExamples);
     Command chosen;
     AddMaskCommand(program, chosen);
+    AddApplyCommand(program, chosen);
+    AddInsetCommand(program, chosen);
     AddInfoCommand(program, chosen);
     try {
         program.parse(argc, argv);

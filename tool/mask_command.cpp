@@ -1,6 +1,6 @@
 #include "tool/mask_command.h"
 
-#include <cstdio>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -8,9 +8,9 @@
 
 #include "api/vrl.h"
 #include "base/errors.h"
-#include "base/fixed16.h"
 #include "tool/failure.h"
 #include "tool/library_session.h"
+#include "tool/mask_options.h"
 #include "tool/option_values.h"
 #include "tool/output_file.h"
 #include "tool/png_writer.h"
@@ -21,30 +21,31 @@
 namespace vrltool {
 namespace {
 
-struct MaskOptions {
+struct PictureOptions {
     std::string shapes, output;
     PixelSize size;
     std::int32_t depth = 8;
-    VRL_MaskParams params = {};
-    M_Matrix3 transform = {};
+    MaskOptions masks;
     CombineMode combine = CombineMode::kAdd;
-    bool print_touched = false;
 };
 
 constexpr const char* kExamples = R"(Examples:
   vrl mask hand.json --size 640x480 -o hand.png
   vrl mask hand.json --size 640x480 --feather 12,4 --depth 16 -o soft.png
+  vrl mask hand.json --size 640x480 --expand -3.5 -o inside.png
   vrl mask icon.svg --size 512x512 --transform 10,0,0,10,0,0 --combine difference -o icon.png
   vrl mask icon.svg --size 48x48 --invert --combine intersect -o around.png
   vrl mask - --size 48x48 -o - < icon.svg > icon.png
 
 Every shape gives one mask, and the masks are combined in the order of the file. A shape whose file names a mode uses
 that one instead of --combine. The first mask starts from an empty picture under add, lighten and difference, and from a
-full one under subtract, intersect and darken.)";
+full one under subtract, intersect and darken.
+
+--expand and the radii of feather points are in the shapes' own pixels, before --transform; --feather is in the mask's.)";
 
 using MaskBuffer = std::unique_ptr<GW_UnoBuffer>;
 
-MaskBuffer NewBuffer(const MaskOptions& options) {
+MaskBuffer NewBuffer(const PictureOptions& options) {
     const auto [width, height] = options.size;
     try {
         return std::make_unique<GW_UnoBuffer>(width, height, options.depth);
@@ -54,7 +55,7 @@ MaskBuffer NewBuffer(const MaskOptions& options) {
     }
 }
 
-MaskBuffer NewClearBuffer(const MaskOptions& options) {
+MaskBuffer NewClearBuffer(const PictureOptions& options) {
     MaskBuffer buffer = NewBuffer(options);
     ThrowIfFailed(buffer->IsDeep() ? GW_FillDeepUnoBuffer(0, buffer.get()) : GW_FillUnoBuffer(0, buffer.get()));
     return buffer;
@@ -66,17 +67,17 @@ struct RenderedMask {
 };
 
 /// The first mask is rendered where the total grows; a second buffer is needed from the second shape on only.
-RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const MaskOptions& options, WorkProgress& progress) {
+RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const PictureOptions& options, WorkProgress& progress) {
     LibrarySession library;
     RenderedMask result;
     MaskBuffer mask;
     for (std::size_t i = 0; i < records.size(); ++i) {
         if (!mask) mask = NewBuffer(options);
-        VRL_MaskParams params = options.params;
+        VRL_MaskParams params = options.masks.params;
         progress.BeginPart(i);
         params.progress = progress.Callbacks();
         M_LRect& touched = result.touched.emplace_back();
-        library.Check(VRL_MaskWithShape(records[i].shape.get(), &params, &options.transform, mask.get(), &touched),
+        library.Check(VRL_MaskWithShape(records[i].shape.get(), &params, &options.masks.transform, mask.get(), &touched),
                       InputName(options.shapes));
 
         const CombineMode mode = records[i].mode.value_or(options.combine);
@@ -91,11 +92,7 @@ RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const MaskOpti
     return result;
 }
 
-void PrintTouched(const std::vector<M_LRect>& rects) {
-    for (const M_LRect& r : rects) std::printf("%d %d %d %d\n", r.left, r.top, r.right, r.bottom);
-}
-
-void RunMask(const MaskOptions& options) {
+void RunMask(const PictureOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
     OutputFile output(options.output);
     WorkProgress progress(records.size() + 1);  // the last part is the writing
@@ -103,23 +100,10 @@ void RunMask(const MaskOptions& options) {
     progress.BeginPart(records.size());
     WritePng(*rendered.total, output, progress);
     output.Commit();
-    if (options.print_touched) PrintTouched(rendered.touched);
+    if (options.masks.print_touched) PrintTouched(rendered.touched);
 }
 
-/// An option whose value `read` takes from its text. A complaint gets the option's name.
-template <class Read>
-CLI::Option* AddValue(CLI::App& command, const char* name, const char* value_name, const char* description, Read read) {
-    const auto named_read = [name, read](const std::string& text) {
-        try {
-            read(text);
-        } catch (const CLI::ValidationError& error) {
-            throw CLI::ValidationError(name, error.what());
-        }
-    };
-    return command.add_option_function<std::string>(name, named_read, description)->type_name(value_name);
-}
-
-void AddFileArguments(CLI::App& command, MaskOptions& options) {
+void AddFileArguments(CLI::App& command, PictureOptions& options) {
     command.add_option("SHAPES", options.shapes, "SVG or JSON file, - for standard input")->required()->type_name("");
     command.add_option("-o,--output", options.output, "PNG file to write, - for standard output")->required()->type_name("FILE");
     AddValue(command, "--size", "WxH", "size of the mask in pixels", [&](const std::string& text) {
@@ -131,63 +115,24 @@ void AddFileArguments(CLI::App& command, MaskOptions& options) {
         ->default_str("8");
 }
 
-void AddMaskArguments(CLI::App& command, MaskOptions& options) {
-    VRL_MaskParams& params = options.params;
-    params.opacity = kFixedOne;
-    params.pixel_aspect = 1;
-    params.quality = 1;
-    ThrowIfFailed(M_SetIdentityMatrix(&options.transform));
-
-    AddValue(command, "--feather", "X[,Y]", "softness of the edge in pixels", [&](const std::string& text) {
-        const M_Vector2T<double> radii = ParseRadii(text);
-        params.feather_x = ToFixed(radii.x);
-        params.feather_y = ToFixed(radii.y);
-    });
-    AddValue(command, "--expand", "PX", "0; other distances are not supported by this version", [](const std::string& text) {
-        if (ParseNumber(text, -kMaxSide, kMaxSide) != 0)
-            throw CLI::ValidationError("a distance other than 0 is not supported by this version");
-    });
-    AddValue(command, "--opacity", "PCT", "level of full coverage in per cent", [&](const std::string& text) {
-        params.opacity = ToFixed(ParseNumber(text, 0, 100) / 100);
-    })->default_str("100");
-    command.add_flag_callback(
-        "--invert", [&] { params.invert = 1; }, "invert every shape's mask");
-    AddValue(command, "--aspect", "R", "width of a pixel divided by its height", [&](const std::string& text) {
-        params.pixel_aspect = ParseNumber(text, 0.01, 100);
-    })->default_str("1");
-    AddValue(command, "--quality", "NAME", "draft or best",
-             [&](const std::string& text) { params.quality = text == "best" ? 1 : 0; })
-        ->check(CLI::IsMember({"draft", "best"}))
-        ->default_str("best");
-    AddValue(command, "--falloff", "NAME", "course of a variable-width feather, smooth or linear",
-             [&](const std::string& text) { params.variable_feather_option = text == "smooth" ? 0 : 1; })
-        ->check(CLI::IsMember({"smooth", "linear"}))
-        ->default_str("smooth");
-    AddValue(command, "--transform", "a,b,c,d,tx,ty", "maps the shapes into the mask: x to a x + c y + tx, y to b x + d y + ty",
-             [&](const std::string& text) { options.transform = ParseMatrix(text); });
-}
-
-void AddCombineArguments(CLI::App& command, MaskOptions& options) {
+void AddCombineArgument(CLI::App& command, PictureOptions& options) {
     AddValue(command, "--combine", "MODE", "add, subtract, intersect, lighten, darken or difference",
              [&](const std::string& text) { options.combine = *CombineModeNamed(text); })
         ->check(CLI::IsMember(std::vector<std::string>(std::begin(kCombineNames), std::end(kCombineNames))))
         ->default_str("add");
-    command.add_flag("--touched", options.print_touched, "print the rectangle each mask touches: left top right bottom");
 }
 
 }  // namespace
 
 void AddMaskCommand(CLI::App& program, Command& chosen) {
-    const auto options = std::make_shared<MaskOptions>();
+    const auto options = std::make_shared<PictureOptions>();
     CLI::App& command = *program.add_subcommand("mask", "Render shapes into a mask");
     AddFileArguments(command, *options);
-    AddMaskArguments(command, *options);
-    AddCombineArguments(command, *options);
+    AddMaskOptions(command, options->masks);
+    AddCombineArgument(command, *options);
     command.footer(kExamples);
     command.callback([options, &chosen] {
-        if (options->print_touched && options->output == kStandardStream) {
-            throw CLI::ValidationError("--touched and -o - would both write to standard output");
-        }
+        RequireOneWriter(options->masks, options->output);
         chosen = [options] { RunMask(*options); };
     });
 }

@@ -1,6 +1,5 @@
 #include "tool/option_values.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -85,6 +84,12 @@ M_Matrix3 ParseMatrix(const std::string& text) {
     const std::vector<double> v = NumberList(text);
     if (v.size() != 6) Refuse(text, "six numbers, a,b,c,d,tx,ty");
     return {{{v[0], v[1], 0}, {v[2], v[3], 0}, {v[4], v[5], 1}}};
+}
+
+void AddAspect(CLI::App& command, double& aspect) {
+    AddValue(command, "--aspect", "R", "pixel aspect ratio: outlines move R times as far sideways",
+             [&aspect](const std::string& text) { aspect = ParseNumber(text, 0.01, 100); })
+        ->default_str("1");
 }
 
 std::int32_t ToFixed(double value) { return static_cast<std::int32_t>(std::lround(value * kFixedOne)); }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 
@@ -21,6 +22,22 @@ double ParseNumber(const std::string& text, double low, double high);
 /// "X" or "X,Y", each from 0; one number stands for both.
 M_Vector2T<double> ParseRadii(const std::string& text);
 M_Matrix3 ParseMatrix(const std::string& text);  // "a,b,c,d,tx,ty"
+
+/// Adds an option whose value `read` takes from its text. A complaint gets the option's name.
+template <class Read>
+CLI::Option* AddValue(CLI::App& command, const char* name, const char* value_name, const char* description, Read read) {
+    const auto named_read = [name, read](const std::string& text) {
+        try {
+            read(text);
+        } catch (const CLI::ValidationError& error) {
+            throw CLI::ValidationError(name, error.what());
+        }
+    };
+    return command.add_option_function<std::string>(name, named_read, description)->type_name(value_name);
+}
+
+/// Adds --aspect, the horizontal pixel aspect ratio.
+void AddAspect(CLI::App& command, double& aspect);
 
 /// The nearest 16.16 number; the value is within its range.
 std::int32_t ToFixed(double value);

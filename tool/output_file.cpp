@@ -68,6 +68,10 @@ OutputFile::~OutputFile() {
     if (!temporary_.empty()) unlink(temporary_.c_str());
 }
 
+void OutputFile::Write(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stream_) != text.size()) Fail(errno);
+}
+
 void OutputFile::Commit() {
     if (std::ferror(stream_) || std::fflush(stream_) != 0) Fail(errno);
     if (stream_ != stdout && std::fclose(std::exchange(stream_, nullptr)) != 0) Fail(errno);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace vrltool {
 
@@ -17,6 +18,9 @@ class OutputFile {
     ~OutputFile();
 
     std::FILE* Stream() const { return stream_; }
+
+    /// @throws Failure
+    void Write(std::string_view text);
 
     /// Ends the writing and puts the file in its place.
     /// @throws Failure  when anything of it failed

@@ -1,40 +1,47 @@
 #include "tool/png_writer.h"
 
-#include <png.h>
-
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <new>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "tool/failure.h"
+#include "tool/png_calls.h"
+#include "tool/world_rows.h"
 
 namespace vrltool {
 namespace {
 
-/// A libpng writer. libpng reports an error by jumping out of its call, so every call into it goes through `Run`.
-class PngStream {
+struct PngFormat {
+    std::int32_t width, height;
+    int depth;
+    int color_type;
+};
+
+class PngSink : PngCalls {
  public:
-    explicit PngStream(OutputFile& file)
+    explicit PngSink(OutputFile& file)
         : file_(file), png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, this, OnError, OnWarning)) {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
         if (info_ == nullptr) throw std::bad_alloc();
         png_set_write_fn(png_, this, OnWrite, OnFlush);
     }
-    PngStream(const PngStream&) = delete;
-    PngStream& operator=(const PngStream&) = delete;
-    ~PngStream() { png_destroy_write_struct(&png_, &info_); }
+    PngSink(const PngSink&) = delete;
+    PngSink& operator=(const PngSink&) = delete;
+    ~PngSink() { png_destroy_write_struct(&png_, &info_); }
 
-    void Begin(const GW_UnoBuffer& buffer) {
+    /// Rows with an alpha hold it before the colours.
+    void Begin(const PngFormat& format) {
         Run([&] {
-            png_set_IHDR(png_, info_, static_cast<png_uint_32>(buffer.width), static_cast<png_uint_32>(buffer.height),
-                         buffer.IsDeep() ? 16 : 8, PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+            png_set_IHDR(png_, info_, static_cast<png_uint_32>(format.width), static_cast<png_uint_32>(format.height),
+                         format.depth, format.color_type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                          PNG_FILTER_TYPE_DEFAULT);
             // Masks are flat areas and soft ramps: one filter serves both, and trying all five costs most of the time.
-            png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+            if (format.color_type == PNG_COLOR_TYPE_GRAY) png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
             png_write_info(png_, info_);
+            png_set_swap_alpha(png_);
         });
     }
     void Row(const std::uint8_t* bytes) {
@@ -45,24 +52,15 @@ class PngStream {
     }
 
  private:
-    /// `step` must hold no objects that need destruction, for the jump would skip it.
     template <class Step>
     void Run(Step step) {
-        if (setjmp(png_jmpbuf(png_)) != 0) {
-            if (write_error_ != 0) file_.Fail(write_error_);
-            throw Failure(std::string("writing PNG: ") + message_);
-        }
-        step();
+        if (Succeeds(png_, step)) return;
+        if (write_error_ != 0) file_.Fail(write_error_);
+        throw Failure(std::string("writing PNG: ") + Complaint());
     }
 
-    [[noreturn]] static void OnError(png_structp png, const char* message) {
-        PngStream& self = *static_cast<PngStream*>(png_get_error_ptr(png));
-        std::strncpy(self.message_, message, sizeof self.message_ - 1);
-        png_longjmp(png, 1);
-    }
-    static void OnWarning(png_structp, const char*) {}
     static void OnWrite(png_structp png, png_bytep data, std::size_t count) {
-        PngStream& self = *static_cast<PngStream*>(png_get_io_ptr(png));
+        PngSink& self = *static_cast<PngSink*>(png_get_io_ptr(png));
         if (std::fwrite(data, 1, count, self.file_.Stream()) == count) return;
         self.write_error_ = errno;
         png_error(png, "cannot write");
@@ -72,33 +70,51 @@ class PngStream {
     OutputFile& file_;
     png_structp png_;
     png_infop info_ = nullptr;
-    int write_error_ = 0;    // errno of a failed write
-    char message_[80] = "";  // libpng's own complaint
+    int write_error_ = 0;  // errno of a failed write
 };
 
-/// A row as PNG holds it: 16-bit samples over the full range, high byte first.
-void StretchRow(const GW_Pixel16* samples, std::vector<std::uint8_t>& bytes) {
+/// The samples as PNG holds them: over the full 16-bit range, high byte first.
+void Stretch(std::span<const GW_Pixel16> samples, std::vector<std::uint8_t>& bytes) {
     constexpr std::uint32_t kMax = SampleTraits<GW_Pixel16>::kMax;
     constexpr std::uint32_t kPngMax = 65535;
-    for (std::size_t i = 0; i < bytes.size() / 2; ++i) {
-        const std::uint32_t stretched = (samples[i] * kPngMax + kMax / 2) / kMax;
-        bytes[2 * i] = static_cast<std::uint8_t>(stretched >> 8);
-        bytes[2 * i + 1] = static_cast<std::uint8_t>(stretched & 0xFF);
+    bytes.clear();
+    for (const GW_Pixel16 sample : samples) {
+        const std::uint32_t stretched = (sample * kPngMax + kMax / 2) / kMax;
+        bytes.push_back(static_cast<std::uint8_t>(stretched >> 8));
+        bytes.push_back(static_cast<std::uint8_t>(stretched & 0xFF));
     }
+}
+
+/// `row8` and `row16` give the samples of a row; the one for the format's depth is asked.
+template <class Row8, class Row16>
+void WriteRows(const PngFormat& format, Row8 row8, Row16 row16, OutputFile& file, WorkProgress& progress) {
+    PngSink png(file);
+    png.Begin(format);
+    std::vector<std::uint8_t> stretched;
+    for (std::int32_t y = 0; y < format.height; ++y) {
+        progress.Report(y, format.height);
+        if (format.depth == kDeepDepth) Stretch(row16(y), stretched);
+        png.Row(format.depth == kDeepDepth ? stretched.data() : row8(y));
+    }
+    png.End();
 }
 
 }  // namespace
 
 void WritePng(const GW_UnoBuffer& buffer, OutputFile& file, WorkProgress& progress) {
-    PngStream png(file);
-    png.Begin(buffer);
-    std::vector<std::uint8_t> stretched(buffer.IsDeep() ? static_cast<std::size_t>(buffer.width) * 2 : 0);
-    for (std::int32_t y = 0; y < buffer.height; ++y) {
-        progress.Report(y, buffer.height);
-        if (buffer.IsDeep()) StretchRow(buffer.Row<GW_Pixel16>(y), stretched);
-        png.Row(buffer.IsDeep() ? stretched.data() : buffer.Row<GW_Pixel8>(y));
-    }
-    png.End();
+    const PngFormat format = {buffer.width, buffer.height, buffer.IsDeep() ? kDeepDepth : 8, PNG_COLOR_TYPE_GRAY};
+    const auto row8 = [&](std::int32_t y) { return buffer.Row<GW_Pixel8>(y); };
+    const auto row16 = [&](std::int32_t y) {
+        return std::span(buffer.Row<GW_Pixel16>(y), static_cast<std::size_t>(buffer.width));
+    };
+    WriteRows(format, row8, row16, file, progress);
+}
+
+void WritePng(const GW_World& world, OutputFile& file, WorkProgress& progress) {
+    const PngFormat format = {world.width, world.height, IsDeep(world) ? kDeepDepth : 8, PNG_COLOR_TYPE_RGB_ALPHA};
+    const auto row8 = [&](std::int32_t y) { return RowOf<const GW_Pixel8>(world, y).data(); };
+    const auto row16 = [&](std::int32_t y) { return RowOf<const GW_Pixel16>(world, y); };
+    WriteRows(format, row8, row16, file, progress);
 }
 
 }  // namespace vrltool

@@ -3,27 +3,23 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "tool/failure.h"
+#include "tool/input_stream.h"
 #include "tool/interrupt.h"
 #include "tool/json_shapes.h"
 #include "tool/standard_stream.h"
 #include "tool/svg_reader.h"
+#include "tool/svg_writer.h"
 
 namespace vrltool {
 namespace {
 
-struct CloseUnlessStandard {
-    void operator()(std::FILE* file) const {
-        if (file != stdin) std::fclose(file);
-    }
-};
-using InputStream = std::unique_ptr<std::FILE, CloseUnlessStandard>;
+constexpr const char* kSvgEnding = ".svg";
+constexpr const char* kJsonEnding = ".json";
 
 std::string ReadWhole(const std::string& path) {
-    const InputStream file(path == kStandardStream ? stdin : std::fopen(path.c_str(), "rb"));
-    if (!file) throw Failure(std::strerror(errno));
+    const InputStream file = OpenInput(path);
     std::string text;
     char block[65536];
     while (const std::size_t count = std::fread(block, 1, sizeof block, file.get())) text.append(block, count);
@@ -38,8 +34,8 @@ std::vector<ShapeRecord> ReadShapes(const std::string& path, const std::string& 
     const std::size_t mark = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     const std::size_t start = text.find_first_not_of(" \t\r\n", mark);
     if (start == std::string::npos) throw Failure("the file is empty");
-    if (text[start] == '<' || path.ends_with(".svg")) return ReadSvgShapes(text);
-    if (text[start] == '{' || path.ends_with(".json")) return ReadJsonShapes(text);
+    if (text[start] == '<' || path.ends_with(kSvgEnding)) return ReadSvgShapes(text);
+    if (text[start] == '{' || path.ends_with(kJsonEnding)) return ReadJsonShapes(text);
     throw Failure("neither an SVG drawing nor a JSON object");
 }
 
@@ -51,6 +47,11 @@ std::vector<ShapeRecord> LoadShapes(const std::string& path) {
     } catch (const Failure& failure) {
         throw Failure(InputName(path) + ": " + failure.what());
     }
+}
+
+ShapeWriter ShapeWriterFor(const std::string& path) {
+    if (path == kStandardStream || path.ends_with(kJsonEnding)) return WriteJsonShapes;
+    return path.ends_with(kSvgEnding) ? WriteSvgShapes : nullptr;
 }
 
 }  // namespace vrltool

@@ -12,4 +12,10 @@ namespace vrltool {
 /// @throws Failure  with the file's name
 std::vector<ShapeRecord> LoadShapes(const std::string& path);
 
+/// Makes the text of a file of shapes.
+using ShapeWriter = std::string (*)(const std::vector<ShapeRecord>& records);
+
+/// The writer for a file of that name, by its ending; JSON for standard output. Null when the ending says neither.
+ShapeWriter ShapeWriterFor(const std::string& path);
+
 }  // namespace vrltool

@@ -16,8 +16,8 @@ class Flattener {
 
  private:
     void AppendPiece(std::uint32_t index, GridPoint end);
-    void AppendCurve(const Cubic& curve);
-    void AppendParallel(const ChainPiece& piece);
+    void AppendEvenly(const Cubic& curve);
+    void AppendAdaptively(const ChainPiece& piece);
     void LineTo(GridPoint to, double parameter);
 
     const OffsetChain& chain_;
@@ -57,16 +57,16 @@ void Flattener::AppendPiece(std::uint32_t index, GridPoint end) {
     const ChainPiece& piece = chain_.pieces[index];
     const std::size_t begin = flat_.segments.size();
     source_ = {index, piece.scaffold, 0, 0};
-    if (piece.distance != 0) {
-        AppendParallel(piece);
+    if (!piece.straight && piece.distance == 0 && IsCalm(piece.curve)) {
+        AppendEvenly(piece.curve);
     } else if (!piece.straight) {
-        AppendCurve(piece.curve);
+        AppendAdaptively(piece);
     }
     LineTo(end, 1);
     if (flat_.segments.size() > begin) flat_.sources.back().to = 1;
 }
 
-void Flattener::AppendCurve(const Cubic& curve) {
+void Flattener::AppendEvenly(const Cubic& curve) {
     const int steps = StepCount(curve, tolerance_);
     for (int k = 1; k < steps; ++k) {
         const double t = static_cast<double>(k) / steps;
@@ -74,7 +74,8 @@ void Flattener::AppendCurve(const Cubic& curve) {
     }
 }
 
-void Flattener::AppendParallel(const ChainPiece& piece) {
+// Also for wild curves: a hook at the end of one, however small, decides which way the outline turns there.
+void Flattener::AppendAdaptively(const ChainPiece& piece) {
     samples_.clear();
     SampleClampedParallel(piece.curve, piece.distance, tolerance_, samples_);
     for (std::size_t i = 1; i < samples_.size(); ++i) {

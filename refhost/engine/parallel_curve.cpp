@@ -17,6 +17,7 @@ constexpr double kCalmLegs = 3;     // the control legs differ by at most this f
 
 // ---- Sampling.
 constexpr int kMaxSampleDepth = 14;      // halvings between two knots
+constexpr double kFinestChord = 0.25;    // tolerances; a shorter chord is not divided, whatever it turns
 constexpr double kSampleTurn = 0.6;      // radians a chord of the parallel may turn
 constexpr double kClampedTurn = 0.3;     // and a chord of the evolute, which only has to be roughly right
 
@@ -29,8 +30,6 @@ constexpr int kMaxFitDepth = 14;         // halvings of one stretch
 constexpr double kShortStretch = 1e-3;   // pixels; a parallel that stays this short is a line
 
 double Growth(const Cubic& curve, double distance, double t);
-bool IsCalm(const Cubic& curve);
-
 /// Samples the clamped parallel of one curve, finer where it turns.
 class ParallelSampler {
  public:
@@ -109,6 +108,19 @@ Point ParallelDerivative(const Cubic& curve, double distance, double t) {
     return Growth(curve, distance, t) * FirstDerivative(curve, t);
 }
 
+bool IsCalm(const Cubic& c) {
+    const std::array<Point, 3> legs = {c.p1 - c.p0, c.p2 - c.p1, c.p3 - c.p2};
+    const std::array<double, 3> squares = {Dot(legs[0], legs[0]), Dot(legs[1], legs[1]), Dot(legs[2], legs[2])};
+    const auto [shortest, longest] = std::minmax({squares[0], squares[1], squares[2]});
+    if (longest > kCalmLegs * kCalmLegs * shortest || shortest == 0) return false;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const std::size_t j = (i + 1) % 3;
+        const double cross = Cross(legs[i], legs[j]);
+        if (Dot(legs[i], legs[j]) <= 0 || cross * cross > kCalmTurn * kCalmTurn * squares[i] * squares[j]) return false;
+    }
+    return true;
+}
+
 // The cubic with the exact end points and derivatives of the parallel keeps step with it, so the two are compared at equal
 // parameters. It is less close than a fitted one but needs no search.
 std::optional<Cubic> CalmParallel(const Cubic& c, double distance, double tolerance) {
@@ -146,20 +158,6 @@ double Growth(const Cubic& curve, double distance, double t) {
     const double bend = Cross(first, SecondDerivative(curve, t));
     if (square == 0) return bend * distance < 0 ? -std::numeric_limits<double>::infinity() : 1;
     return 1 + distance * bend / (square * std::sqrt(square));
-}
-
-// Neither turns nor changes speed enough to hide anything between a few samples.
-bool IsCalm(const Cubic& c) {
-    const std::array<Point, 3> legs = {c.p1 - c.p0, c.p2 - c.p1, c.p3 - c.p2};
-    const std::array<double, 3> squares = {Dot(legs[0], legs[0]), Dot(legs[1], legs[1]), Dot(legs[2], legs[2])};
-    const auto [shortest, longest] = std::minmax({squares[0], squares[1], squares[2]});
-    if (longest > kCalmLegs * kCalmLegs * shortest || shortest == 0) return false;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const std::size_t j = (i + 1) % 3;
-        const double cross = Cross(legs[i], legs[j]);
-        if (Dot(legs[i], legs[j]) <= 0 || cross * cross > kCalmTurn * kCalmTurn * squares[i] * squares[j]) return false;
-    }
-    return true;
 }
 
 // The curve turns fastest where it is slowest: with these points as knots no tight turn hides between two probes.
@@ -200,7 +198,7 @@ void ParallelSampler::AppendBetween(const Probe& low, const Probe& high, int dep
 // A chord of length l that turns by a deviates by at most l a / 8.
 bool ParallelSampler::IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const {
     const double chord = Distance(low.sample.position, middle.sample.position) + Distance(middle.sample.position, high.sample.position);
-    if (chord < tolerance_) return true;
+    if (chord < kFinestChord * tolerance_) return true;
     const double turn = Length(middle.tangent - low.tangent) + Length(high.tangent - middle.tangent);
     const int clamped = low.sample.is_clamped + middle.sample.is_clamped + high.sample.is_clamped;
     if (clamped == 3) return turn < kClampedTurn;

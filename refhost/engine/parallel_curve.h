@@ -17,6 +17,9 @@ namespace refhost {
 Point ParallelPoint(const Cubic& curve, double distance, double t);
 Point ParallelDerivative(const Cubic& curve, double distance, double t);
 
+/// Whether a curve turns and changes its speed so little that nothing can hide between a few even samples.
+bool IsCalm(const Cubic& curve);
+
 /// A single cubic within `tolerance` of the whole parallel, when the curve is so calm that a direct construction gives one.
 std::optional<Cubic> CalmParallel(const Cubic& curve, double distance, double tolerance);
 
@@ -27,7 +30,8 @@ struct ParallelSample {
     bool is_clamped;  // held back at the centre of curvature
 };
 
-/// Appends samples from t = 0 to t = 1 of the clamped parallel, whose chords are within `tolerance` of it.
+/// Appends samples from t = 0 to t = 1 of the clamped parallel, whose chords are within `tolerance` of it
+/// and follow its turns. A distance of 0 samples the curve itself.
 ///
 /// Where the curve bends towards the offset side more tightly than the distance, the parallel runs backwards. That stretch can never
 /// bound the swept region; there the clamped parallel follows the evolute (the centres of curvature) instead. The strip between it

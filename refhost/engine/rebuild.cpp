@@ -10,8 +10,11 @@ namespace {
 
 constexpr double kShortRun = 0.003;      // pixels; a run of edges this short is an accident of rounding
 constexpr double kWeldDistance = 0.01;  // pixels; ends this close meet half-way, others are connected by a line
-constexpr double kCrossingReach = 10;   // flattening tolerances a crossing of curves may lie from that of their chords
+constexpr double kCrossingReach = 5;     // flattening tolerances a crossing of curves may lie from that of their chords, over the
+                                         // sine of the angle between them
+constexpr double kLongestReach = 1;      // pixels
 constexpr double kScaffoldShare = 0.2;  // of a loop's length; true loops have no scaffold in them but for rounding at cusps
+constexpr double kParallel = 1e-4;       // sine of the angle between curves that do not count as crossing
 constexpr double kSamePoint = 1e-6;     // pixels
 constexpr int kNewtonRounds = 8;
 
@@ -165,19 +168,22 @@ bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
     const ChainPiece& b = PieceOf(after);
     double u = before.to;
     double v = after.from;
+    double sine = 1;
     for (int round = 0; round < kNewtonRounds; ++round) {
         const Point gap = PointOn(b, v) - PointOn(a, u);
         if (round > 0 && Length(gap) < kSamePoint) break;
         const Point du = DerivativeOn(a, u);
         const Point dv = DerivativeOn(b, v);
         const double determinant = Cross(du, dv);
-        if (std::abs(determinant) <= 1e-6 * Length(du) * Length(dv)) return false;
+        sine = std::abs(determinant) / (Length(du) * Length(dv));
+        if (!(sine > kParallel)) return false;
         u = std::clamp(u + Cross(gap, dv) / determinant, 0.0, 1.0);
         v = std::clamp(v + Cross(gap, du) / determinant, 0.0, 1.0);
     }
     const Point crossing = PointOn(a, u);
     const bool has_converged = Distance(crossing, PointOn(b, v)) < kSamePoint;
-    const bool is_near = Distance(crossing, FromGrid(after.start)) < kCrossingReach * tolerance_;
+    const double reach = std::min(kCrossingReach * tolerance_ / sine, kLongestReach);
+    const bool is_near = Distance(crossing, FromGrid(after.start)) < reach;
     const bool keeps_direction = (u > before.from) == (before.to > before.from) && (after.to > v) == (after.to > after.from);
     if (!has_converged || !is_near || !keeps_direction) return false;
     before.to = u;

@@ -11,6 +11,7 @@
 #include "host/services.h"
 #include "render/feather_pass.h"
 #include "render/poly_rasterizer.h"
+#include "render/variable_feather_rasterizer.h"
 
 namespace {
 
@@ -29,6 +30,11 @@ std::unique_ptr<VRLp_PolyRasterizer<P>> MakeRasterizer(const DY_Shape& shape, co
     const float expansion = NarrowToFloat(FixedToDouble(params.expansion));
     const float stored_aspect = NarrowToFloat(params.pixel_aspect);
     const float aspect = stored_aspect == 0.0F ? 1.0F : stored_aspect;  // an unset ratio is exactly 0
+    if (shape.GetFeatherPtCount(0) != 0) {
+        const bool smooth = params.variable_feather_option == 0;
+        return std::make_unique<VRLp_PolyVariableFeatherRasterizer<P>>(shape, quality, expansion, aspect, smooth, canceler,
+                                                                       transform);
+    }
     return std::make_unique<VRLp_PolyRasterizer<P>>(shape, quality, expansion, aspect, canceler, transform);
 }
 

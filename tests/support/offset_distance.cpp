@@ -113,13 +113,7 @@ std::vector<Segment> BoundaryOf(const SegmentField& outline) {
 
 SegmentField::SegmentField(std::vector<Segment> segments) : segments_(std::move(segments)) {
     if (segments_.empty()) return;
-    Point low = segments_[0].from, high = low;
-    for (const Segment& s : segments_) {
-        for (const Point p : {s.from, s.to}) {
-            low = {std::min(low.x, p.x), std::min(low.y, p.y)};
-            high = {std::max(high.x, p.x), std::max(high.y, p.y)};
-        }
-    }
+    const auto [low, high] = BuildBox(1, 0, segments_.size());
     origin_ = low;
     const double width = high.x - low.x, height = high.y - low.y;
     cell_ = std::max({std::sqrt(width * height / static_cast<double>(segments_.size())), (width + height) / 2000, 1e-3});
@@ -138,21 +132,48 @@ SegmentField::SegmentField(std::vector<Segment> segments) : segments_(std::move(
     }
 }
 
-// Rings of buckets round the point until no bucket further out can hold anything nearer.
 double SegmentField::NearestDistance(Point p) const {
-    if (segments_.empty()) return kInfinity;
-    const int column = Column(p.x), row = Row(p.y);
     double nearest = kInfinity;
-    for (int ring = 0; ring <= std::max(columns_, rows_) && (ring - 1) * cell_ < nearest; ++ring) {
-        for (int r = std::max(0, row - ring); r <= std::min(rows_ - 1, row + ring); ++r) {
-            const int step = std::abs(r - row) == ring || ring == 0 ? 1 : 2 * ring;
-            for (int c = column - ring; c <= column + ring; c += step) {
-                if (c < 0 || c >= columns_) continue;
-                for (const std::uint32_t i : Bucket(c, r)) nearest = std::min(nearest, DistanceTo(segments_[i], p));
-            }
-        }
-    }
+    if (!segments_.empty()) Search(p, 1, 0, segments_.size(), nearest);
     return nearest;
+}
+
+// Node 1 covers all segments, nodes 2 n and 2 n + 1 the first and the second half of what node n covers.
+SegmentField::Box SegmentField::BuildBox(std::size_t node, std::size_t begin, std::size_t end) {
+    if (boxes_.size() <= node) boxes_.resize(2 * node + 1);
+    Box box = {{kInfinity, kInfinity}, {-kInfinity, -kInfinity}};
+    const auto add = [&](Point p) {
+        box.low = {std::min(box.low.x, p.x), std::min(box.low.y, p.y)};
+        box.high = {std::max(box.high.x, p.x), std::max(box.high.y, p.y)};
+    };
+    if (end - begin <= kLeaf) {
+        for (std::size_t i = begin; i < end; ++i) add(segments_[i].from), add(segments_[i].to);
+    } else {
+        const std::size_t middle = (begin + end) / 2;
+        for (const Box& half : {BuildBox(2 * node, begin, middle), BuildBox(2 * node + 1, middle, end)}) add(half.low), add(half.high);
+    }
+    return boxes_[node] = box;
+}
+
+double SegmentField::DistanceToBox(Point p, std::size_t node) const {
+    const Box& box = boxes_[node];
+    return std::hypot(std::max({box.low.x - p.x, 0.0, p.x - box.high.x}), std::max({box.low.y - p.y, 0.0, p.y - box.high.y}));
+}
+
+void SegmentField::Search(Point p, std::size_t node, std::size_t begin, std::size_t end, double& nearest) const {
+    if (end - begin <= kLeaf) {
+        for (std::size_t i = begin; i < end; ++i) nearest = std::min(nearest, DistanceTo(segments_[i], p));
+        return;
+    }
+    const std::size_t middle = (begin + end) / 2;
+    const double first = DistanceToBox(p, 2 * node);
+    const double second = DistanceToBox(p, 2 * node + 1);
+    const auto search_first = [&] {
+        if (first < nearest) Search(p, 2 * node, begin, middle, nearest);
+    };
+    if (first <= second) search_first();
+    if (second < nearest) Search(p, 2 * node + 1, middle, end, nearest);
+    if (first > second) search_first();
 }
 
 int SegmentField::Winding(Point p) const {

@@ -22,11 +22,20 @@ class SegmentField {
     void ForEachNear(refhost::Point low, refhost::Point high, const std::function<void(std::size_t)>& visit) const;
 
  private:
+    struct Box {
+        refhost::Point low, high;
+    };
+    static constexpr std::size_t kLeaf = 4;
+
+    Box BuildBox(std::size_t node, std::size_t begin, std::size_t end);
+    double DistanceToBox(refhost::Point p, std::size_t node) const;
+    void Search(refhost::Point p, std::size_t node, std::size_t begin, std::size_t end, double& nearest) const;
     int Column(double x) const;
     int Row(double y) const;
     const std::vector<std::uint32_t>& Bucket(int column, int row) const;
 
     std::vector<Segment> segments_;
+    std::vector<Box> boxes_;  // a binary hierarchy over runs of segments
     refhost::Point origin_{};
     double cell_ = 1;
     int columns_ = 1, rows_ = 1;

@@ -1,54 +1,39 @@
 #include <gmock/gmock.h>
 
-#include <bit>
-#include <cstdint>
-#include <limits>
 #include <random>
 
+#include "base/narrow.h"
+#include "refhost/shape/feather_points.h"
 #include "tests/tool/outline_text.h"
+#include "tests/tool/random_shapes.h"
 #include "tool/json_shapes.h"
 
 namespace vrltool {
 namespace {
 
-/// Finite floats of every magnitude, as likely as their bit patterns.
-float RandomFloat(std::mt19937& random) {
-    for (;;) {
-        const auto value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
-        if (std::isfinite(value)) return value;
-    }
-}
-
-std::vector<std::uint32_t> PointBits(const ShapeRecord& record) {
-    std::vector<std::uint32_t> bits;
-    for (int i = 0; i < (*record.shape->GetPoints())->count; ++i) {
-        WEX_Item item{};
-        WEX_GetItem(record.shape->GetPoints(), i, &item);
-        bits.push_back(std::bit_cast<std::uint32_t>(item.x));
-        bits.push_back(std::bit_cast<std::uint32_t>(item.y));
-    }
-    return bits;
-}
+using testing::ElementsAreArray;
 
 TEST(JsonShapes, WrittenShapesReadBackBitForBit) {
     std::mt19937 random(20);
     std::vector<ShapeRecord> records;
     for (std::size_t size = 1; size < 60; ++size) {
-        Outline outline;
-        outline.closed = size % 3 != 0;
-        const auto point = [&] {
-            return Point{static_cast<double>(RandomFloat(random)), static_cast<double>(RandomFloat(random))};
-        };
-        for (std::size_t i = 0; i < size; ++i) outline.vertices.push_back({point(), point(), point()});
-        records.push_back({MakeShape(outline), std::nullopt});
+        records.push_back({MakeShape(RandomOutline(size, size % 3 != 0, [&] { return RandomFloat(random); })), std::nullopt});
+        std::vector<refhost::FeatherPoint> feather;
+        for (std::size_t i = 1; i < size % 5; ++i) {
+            const double position = static_cast<double>(size - 1) * static_cast<double>(random()) / std::mt19937::max();
+            feather.push_back({position, NarrowToFloat(RandomFloat(random))});
+        }
+        refhost::SetFeatherPoints(*records.back().shape, feather);
         if (size % 7 != 0) records.back().mode = static_cast<CombineMode>(size % 7 - 1);
     }
     const std::vector<ShapeRecord> again = ReadJsonShapes(WriteJsonShapes(records));
     ASSERT_EQ(again.size(), records.size());
     for (std::size_t i = 0; i < records.size(); ++i) {
-        EXPECT_EQ(PointBits(again[i]), PointBits(records[i])) << i;
+        EXPECT_EQ(PointBits(*again[i].shape), PointBits(*records[i].shape)) << i;
         EXPECT_EQ(again[i].shape->flags, records[i].shape->flags) << i;
         EXPECT_EQ(again[i].mode, records[i].mode) << i;
+        EXPECT_THAT(refhost::FeatherPointsOf(*again[i].shape), ElementsAreArray(refhost::FeatherPointsOf(*records[i].shape)))
+            << i;
     }
     EXPECT_TRUE(ReadJsonShapes(WriteJsonShapes({})).empty());
 }
@@ -58,9 +43,25 @@ TEST(JsonShapes, WrittenFormIsTheShortestAndLeavesNothingOut) {
     EXPECT_EQ(WriteJsonShapes({{MakeShape(outline), CombineMode::kDarken}}),
               "{\"shapes\": [\n  {\"closed\": false, \"vertices\": [\n"
               "    {\"p\": [-2.5, 0], \"in\": [-2.5, 0], \"out\": [-2.5, 0]}], \"mode\": \"darken\"}]}\n");
+    const ShapeRecord feathered = {MakeShape(outline), std::nullopt};
+    refhost::SetFeatherPoints(*feathered.shape, {{0, 0.1F}, {0, -1e-3F}});
+    EXPECT_THAT(WriteJsonShapes({feathered}), testing::EndsWith("\"out\": [-2.5, 0]}], \"feather\": [\n"
+                                                                "    {\"position\": 0, \"radius\": 0.1},\n"
+                                                                "    {\"position\": 0, \"radius\": -0.001}]}]}\n"));
     const Outline closed = {{{{0.1, 1e30}, {-2.5, 0}, {1.0 / 3, 4}}}, true};
     EXPECT_THAT(WriteJsonShapes({{MakeShape(closed), std::nullopt}}),
                 testing::HasSubstr("{\"p\": [-2.5, 0], \"in\": [0.1, 1e+30], \"out\": [0.33333334, 4]}]}"));
+}
+
+TEST(JsonShapes, FeatherPointsLieFromTheFirstVertexToTheEnd) {
+    const auto points = [](const std::string& closed) {
+        return ReadJsonShapes(R"({"shapes": [{"vertices": [{"p": [0, 0]}, {"p": [1, 0]}, {"p": [0, 1]}], "closed": )" + closed +
+                              R"(, "feather": [{"radius": -3, "position": 2}, {"position": 0, "radius": 2.5}]}]})");
+    };
+    for (const char* closed : {"true", "false"}) {
+        EXPECT_THAT(refhost::FeatherPointsOf(*points(closed).at(0).shape),
+                    ElementsAreArray(std::vector<refhost::FeatherPoint>{{0, 2.5F}, {2, -3}}));
+    }
 }
 
 TEST(JsonShapes, MissingHandlesEqualTheAnchor) {
@@ -73,6 +74,9 @@ TEST(JsonShapes, MissingHandlesEqualTheAnchor) {
 TEST(JsonShapes, ComplaintsNameThePlace) {
     const auto shape = [](const std::string& fields) {
         return R"({"shapes": [{"vertices": [{"p": [1, 2]}]}, {)" + fields + "}]}";
+    };
+    const auto triangle = [](const std::string& feather) {
+        return R"({"shapes": [{"vertices": [{"p": [0, 0]}, {"p": [1, 0]}, {"p": [0, 1]}], "feather": )" + feather + "}]}";
     };
     const struct {
         std::string text;
@@ -93,8 +97,17 @@ TEST(JsonShapes, ComplaintsNameThePlace) {
         {shape(R"("vertices": [{"p": [1, 2]}], "closed": 1)"), "shapes[1].closed: expected true or false"},
         {shape(R"("vertices": [{"p": [1, 2]}], "mode": "xor")"),
          "shapes[1].mode: expected add, subtract, intersect, lighten, darken or difference"},
-        {shape(R"("vertices": [{"p": [1, 2]}], "feather": [{"position": 0, "radius": 2}])"),
-         "shapes[1].feather: feather points are not supported by this version"},
+        {triangle("{}"), "shapes[0].feather: expected an array"},
+        {triangle("[[1, 2]]"), "shapes[0].feather[0]: expected an object"},
+        {triangle(R"([{"position": 0, "radius": 2}, {"position": 1}])"), "shapes[0].feather[1]: \"radius\" is missing"},
+        {triangle(R"([{"position": 0, "radius": 1e39}])"), "shapes[0].feather[0].radius: the number is out of range"},
+        {triangle(R"([{"position": 0, "radius": 1, "tension": 0}])"), "shapes[0].feather[0]: unknown key \"tension\""},
+        {triangle(R"([{"position": -0.5, "radius": 1}])"),
+         "shapes[0].feather[0].position: expected a number from 0 to 3, the count of segments"},
+        {triangle(R"([{"position": 3.1, "radius": 1}])"),
+         "shapes[0].feather[0].position: expected a number from 0 to 3, the count of segments"},
+        {triangle(R"([{"position": 2.1, "radius": 1}], "closed": false)"),
+         "shapes[0].feather[0].position: expected a number from 0 to 2, the count of segments"},
     };
     for (const auto& c : cases) EXPECT_EQ(FailureOf([&] { ReadJsonShapes(c.text); }), c.expected) << c.text;
     for (const char* text :

@@ -9,11 +9,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numbers>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "tests/tool/png_reading.h"
+#include "tests/tool/png_files.h"
+#include "tool/json_shapes.h"
+#include "tool/outline_measure.h"
 
 // Runs the program itself, in an empty folder of its own.
 
@@ -23,6 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 using testing::StartsWith;
 
 std::string Content(const fs::path& path) {
@@ -58,7 +62,7 @@ class Program : public testing::Test {
         const int status = std::system(("{ " + command + "; }" + logs).c_str());
         return {WEXITSTATUS(status), Content(log_ / "out"), Content(log_ / "err")};
     }
-    std::vector<std::uint32_t> Samples(const std::string& name) { return ReadGreyPng((folder_ / name).string()).samples; }
+    std::vector<std::uint32_t> Samples(const std::string& name) { return ReadPngFile((folder_ / name).string()).samples; }
     std::vector<std::string> Files() {
         std::vector<std::string> names;
         for (const auto& entry : fs::directory_iterator(folder_)) names.push_back(entry.path().filename());
@@ -80,6 +84,8 @@ TEST_F(Program, MaskWritesTheCoverage) {
     EXPECT_EQ(one("--invert"), std::pair(0U, 255U));
     EXPECT_EQ(one("--depth 16"), std::pair(65535U, 0U));
     EXPECT_EQ(one("--depth 16 --opacity 25"), std::pair(16384U, 0U));  // 8192 * 65535 / 32768 = 16383.75
+    EXPECT_EQ(one("--expand 1"), std::pair(255U, 255U));
+    EXPECT_EQ(one("--expand -0.5"), std::pair(64U, 0U));
     EXPECT_EQ(one("--feather 0 --expand 0 --aspect 1 --quality draft --falloff linear --combine lighten"), std::pair(255U, 0U));
     Run("mask square.svg --size 3x1 -o m.png --transform -.5,0,0,2,2,-2");  // mirrored and squeezed: x from 0.5 to 1.5
     EXPECT_EQ(Samples("m.png"), (std::vector<std::uint32_t>{128, 128, 0}));
@@ -110,6 +116,124 @@ TEST_F(Program, MasksCombineInOrder) {
     EXPECT_EQ(row("none.svg --invert"), "....");  // no shape, no mask
 }
 
+TEST_F(Program, ApplyMultipliesTheMasksIntoTheAlpha) {
+    std::vector<std::uint32_t> layer;
+    for (std::uint32_t i = 0; i < 12; ++i) layer.insert(layer.end(), {i, 100 + i, 200 + i, i == 5 ? 0 : 100 + i});
+    WritePngFile((folder_ / "l.png").string(), {4, 3, 8, 6, layer, false, {}, {}});
+    const auto alphas = [&](const std::string& arguments) {
+        EXPECT_EQ(Run("apply " + arguments + " -o m.png").err, "");
+        const std::vector<std::uint32_t> samples = Samples("m.png");
+        std::vector<std::uint32_t> alpha;
+        for (std::size_t i = 0; i < samples.size(); i += 4) {
+            alpha.push_back(samples[i + 3]);
+            for (std::size_t j = i; j < i + 3; ++j) EXPECT_EQ(samples[j], layer[j]) << arguments;
+        }
+        return alpha;
+    };
+    using Alphas = std::vector<std::uint32_t>;
+    EXPECT_EQ(alphas("l.png square.svg"), (Alphas{0, 0, 0, 0, 0, 0, 106, 0, 0, 109, 110, 0}));
+    EXPECT_EQ(alphas("l.png square.svg --invert"), (Alphas{100, 101, 102, 103, 104, 0, 0, 107, 108, 0, 0, 111}));
+    EXPECT_EQ(alphas("l.png square.svg --transform 1,0,0,1,1,-2"), (Alphas{0, 0, 102, 103, 0, 0, 0, 0, 0, 0, 0, 0}));
+    Write("two.svg", "<svg><path d='M0 0H2V1H0ZM1 0H3V1H1Z'/></svg>");
+    // Masks of 128; where they overlap 128 + 127 * 128 / 255 = 192.
+    EXPECT_EQ(alphas("l.png two.svg --opacity 50"), (Alphas{50, 76, 51, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    Write("none.svg", "<svg/>");
+    EXPECT_EQ(alphas("l.png none.svg"), Alphas(12, 0));
+
+    EXPECT_EQ(Run("apply l.png two.svg --touched -o m.png").out, "0 0 2 1\n1 0 3 1\n");
+    EXPECT_EQ(Run("apply - two.svg -o - < l.png").out, Content(folder_ / "m.png"));
+    EXPECT_EQ(Run("apply l.png - -o - < two.svg").out, Content(folder_ / "m.png"));
+    WritePngFile((folder_ / "deep.png").string(), {3, 1, 16, 0, {0, 5, 65535}, false, {}, {}});
+    EXPECT_EQ(Run("apply deep.png two.svg --opacity 50 -o m.png").err, "");
+    // 16-bit alphas of round(32768 * 128 / 255) = 16448 and, where the masks overlap, 16448 + round(16320 * 128 / 255).
+    EXPECT_EQ(Samples("m.png"), (Alphas{0, 0, 0, 32895, 6, 6, 6, 49279, 65535, 65535, 65535, 32895}));
+}
+
+TEST_F(Program, FeatherPointsSoftenTheEdge) {
+    const std::string square =
+        R"({"shapes": [{"vertices": [{"p": [10, 10]}, {"p": [50, 10]}, {"p": [50, 50]}, {"p": [10, 50]}], )";
+    const auto sample = [&](const std::string& options, const std::string& feather, std::size_t x) {
+        Write("soft.json", square + "\"feather\": [" + feather + "]}]}");
+        EXPECT_EQ(Run("mask soft.json --size 60x60 -o m.png " + options).err, "");
+        return static_cast<double>(Samples("m.png").at(30 * 60 + x));
+    };
+    // A radius of 8 makes 8 rings, 0 to 7 pixels from the inner edge; a pixel has the share of rings that cover it.
+    const std::string out = R"({"position": 0, "radius": 8})", in = R"({"position": 4, "radius": -8})";
+    EXPECT_NEAR(sample("--falloff linear", out, 52), 255 * 5 / 8.0, 1);
+    EXPECT_NEAR(sample("--falloff linear", in, 47), 255 * 2 / 8.0, 1);
+    EXPECT_NEAR(sample("--falloff linear --expand 1", out, 52), 255 * 6 / 8.0, 1);
+    EXPECT_NEAR(sample("--falloff smooth", out, 52), 255 * (3 - 2 * 5 / 8.0) * 25 / 64, 1);
+    const std::string both = R"({"position": 1.5, "radius": 8}, {"position": 3.5, "radius": -8})";  // right and left sides
+    EXPECT_GT(sample("", both, 53), 60);
+    EXPECT_EQ(sample("", both, 48), 255);
+    EXPECT_EQ(sample("", both, 8), 0);
+    EXPECT_LT(sample("", both, 12), 200);
+}
+
+// An opaque layer's alpha is the mask itself; moved points are rounded, and rings spaced, a little differently.
+TEST_F(Program, ApplyRendersTheMaskThatMaskDoes) {
+    Write("blob.json",
+          R"({"shapes": [{"vertices": [{"p": [5, 20], "out": [5, -9]}, {"p": [50, 30], "in": [40, 2]}, {"p": [20, 45]}],
+                                       "feather": [{"position": 0.5, "radius": 6}, {"position": 2, "radius": -4}]}]})");
+    WritePngFile((folder_ / "l.png").string(), {60, 50, 8, 0, std::vector<std::uint32_t>(60 * 50, 9), false, {}, {}});
+    for (const std::string options : {"--expand 3 --opacity 70", "--feather 4,2 --invert", "--transform 0.9,0.1,-0.1,0.9,4,-2"}) {
+        EXPECT_EQ(Run("apply l.png blob.json -o cut.png " + options).err, "");
+        EXPECT_EQ(Run("mask blob.json --size 60x50 -o m.png " + options).err, "");
+        const std::vector<std::uint32_t> cut = Samples("cut.png"), mask = Samples("m.png");
+        for (std::size_t i = 0; i < mask.size(); ++i) ASSERT_NEAR(cut[4 * i + 3], mask[i], 4) << options << ", pixel " << i;
+    }
+}
+
+TEST_F(Program, InsetMovesEveryShape) {
+    Write("shapes.json", R"({"shapes": [
+        {"vertices": [{"p": [10, 10]}, {"p": [20, 10]}, {"p": [20, 20]}, {"p": [10, 20]}], "feather": [{"position": 1, "radius": 3}]},
+        {"vertices": [{"p": [30, 10]}, {"p": [40, 10]}, {"p": [40, 14.5]}, {"p": [50, 14.5]}, {"p": [50, 10]}, {"p": [60, 10]},
+                      {"p": [60, 20]}, {"p": [50, 20]}, {"p": [50, 15.5]}, {"p": [40, 15.5]}, {"p": [40, 20]}, {"p": [30, 20]}],
+         "mode": "subtract"}]})");
+    const auto inset = [&](const std::string& arguments) {
+        const Outcome outcome = Run("inset shapes.json -o - " + arguments);
+        EXPECT_EQ(outcome.err, "");
+        return ReadJsonShapes(outcome.out);
+    };
+    const auto area = [](const ShapeRecord& record) { return SignedArea(OutlineOf(*record.shape)); };
+    // The square grown by 2: four sides of 10 by 2 and four corners within 2 by 2.
+    EXPECT_NEAR(area(inset("--distance -2 --join miter").at(0)), 196, 0.01);
+    EXPECT_NEAR(area(inset("--distance -2 --join bevel").at(0)), 188, 0.01);
+    EXPECT_NEAR(area(inset("--distance -2").at(0)), 180 + 4 * std::numbers::pi, 0.1);
+    EXPECT_NEAR(area(inset("--distance -2 --join miter --aspect 2").at(0)), 18 * 14, 0.01);
+
+    const std::vector<ShapeRecord> pieces = inset("--distance 1");  // the bar between the blocks of the second shape goes
+    ASSERT_EQ(pieces.size(), 3U);
+    EXPECT_NEAR(area(pieces[0]), 64, 0.01);
+    EXPECT_EQ(pieces[0].mode, std::nullopt);
+    EXPECT_EQ(pieces[0].shape->GetFeatherPtCount(0), 0);
+    EXPECT_EQ(pieces[1].mode, CombineMode::kSubtract);
+    EXPECT_EQ(pieces[2].mode, CombineMode::kSubtract);
+    EXPECT_TRUE(inset("--distance 6").empty());
+
+    // A mask of the moved outlines is the mask moved by the renderer, to the rounding of their coordinates.
+    Write("blob.svg", "<svg><path d='M20 30C20 0 60 5 50 25S80 70 40 55 20 60 20 30Z'/></svg>");
+    for (const std::string distance : {"4.5", "-7"}) {
+        const std::string expansion = distance[0] == '-' ? distance.substr(1) : '-' + distance;
+        EXPECT_EQ(Run("inset blob.svg --distance " + distance + " -o moved.svg").err, "");
+        Run("mask moved.svg --size 90x80 -o moved.png");
+        Run("mask blob.svg --size 90x80 --expand " + expansion + " -o expanded.png");
+        EXPECT_THAT(Samples("moved.png"), testing::Pointwise(testing::Truly([](const auto& pair) {
+                                                                 const auto [a, b] = pair;
+                                                                 return (a > b ? a - b : b - a) <= 1;
+                                                             }),
+                                                             Samples("expanded.png")));
+    }
+}
+
+TEST_F(Program, InfoCountsFeatherPointsWhereThereAreSome) {
+    Write("soft.json", R"({"shapes": [{"vertices": [{"p": [1, 0]}, {"p": [3, 0]}]},
+        {"vertices": [{"p": [1, 0]}, {"p": [3, 0]}], "feather": [{"position": 0, "radius": 1}, {"position": 1.5, "radius": 2}]}]})");
+    EXPECT_THAT(Run("info soft.json").out,
+                MatchesRegex("[^\n]* mode  feather points\n[^\n]* - +0\n[^\n]* - +2\n2 shapes: [^\n]*\n"));
+    EXPECT_THAT(Run("info square.svg").out, Not(HasSubstr("feather")));
+}
+
 TEST_F(Program, StandardStreamsServeAsFiles) {
     EXPECT_EQ(Run("mask square.svg --size 4x3 -o m.png --touched").out, "1 1 3 3\n");
     EXPECT_EQ(Run("mask - --size 4x3 -o - < square.svg").out, Content(folder_ / "m.png"));
@@ -117,7 +241,7 @@ TEST_F(Program, StandardStreamsServeAsFiles) {
     EXPECT_THAT(info.out, HasSubstr("1   closed         4  1.00  1.00   3.00    3.00  4.00  clockwise     -\n"));
     EXPECT_THAT(info.out, HasSubstr("1 shapes: 1 closed, 0 open, 4 vertices\n"));
     EXPECT_THAT(Run("--version").out, StartsWith("vrl "));
-    for (const char* command : {"", "mask ", "info "})
+    for (const char* command : {"", "mask ", "apply ", "inset ", "info "})
         EXPECT_THAT(Run(std::string(command) + "--help").out, HasSubstr("Examples:"));
 }
 
@@ -138,7 +262,8 @@ TEST_F(Program, WrongUsageIsStatus2) {
                                          mask + "--feather 1,2,3",
                                          mask + "--feather 1e9",
                                          mask + "--feather nan",
-                                         mask + "--expand 2",
+                                         mask + "--expand 32768",
+                                         mask + "--expand 1px",
                                          mask + "--opacity 101",
                                          mask + "--opacity 1x",
                                          mask + "--aspect 0",
@@ -148,19 +273,32 @@ TEST_F(Program, WrongUsageIsStatus2) {
                                          mask + "--transform 1,0,0,1,0,inf",
                                          mask + "--combine xor",
                                          mask + "extra",
-                                         std::string("mask square.svg --size 4x3 -o - --touched")}) {
+                                         std::string("mask square.svg --size 4x3 -o - --touched"),
+                                         std::string("apply l.png square.svg -o - --touched"),
+                                         std::string("apply l.png square.svg"),
+                                         std::string("apply l.png -o m.png"),
+                                         std::string("apply - - -o m.png"),
+                                         std::string("apply l.png square.svg -o m.png --size 4x3"),
+                                         std::string("apply l.png square.svg -o m.png --combine add"),
+                                         std::string("inset square.svg -o m.json"),
+                                         std::string("inset square.svg --distance 1"),
+                                         std::string("inset square.svg --distance 1 -o m.png"),
+                                         std::string("inset square.svg --distance one -o m.svg"),
+                                         std::string("inset square.svg --distance 1 -o m.svg --aspect 0"),
+                                         std::string("inset square.svg --distance 1 -o m.svg --join sharp")}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 2) << arguments;
         EXPECT_THAT(outcome.err, MatchesRegex("vrl: [^\n]*\n")) << arguments;
         EXPECT_EQ(outcome.out, "") << arguments;
     }
-    EXPECT_THAT(Run(mask + "--expand -3").err, HasSubstr("--expand: a distance other than 0 is not supported by this version"));
+    EXPECT_THAT(Run(mask + "--expand inf").err, HasSubstr("--expand: \"inf\" is not a number from -32767 to 32767"));
     EXPECT_EQ(Files().size(), 1U);
 }
 
 TEST_F(Program, FailedWorkIsStatus1AndLeavesNoFile) {
     Write("bad.svg", "<svg><path id='x' d='M0 0 L'/></svg>");
     Write("bad.json", "{\"shapes\": [\n\n");
+    Write("cut.json", R"({"shapes": [{"vertices": [{"p": [1, 0]}], "mode": "subtract"}]})");
     const struct {
         std::string arguments, expected;
     } cases[] = {
@@ -176,13 +314,22 @@ TEST_F(Program, FailedWorkIsStatus1AndLeavesNoFile) {
         {"mask square.svg --size 4x3 -o /dev/full", "vrl: /dev/full: No space left on device\n"},
         {"mask square.svg --size 4x3 -o none/m.png", "vrl: none/m\\.png: No such file or directory\n"},
         {"mask square.svg --size 4x3 -o .", "vrl: \\.: Is a directory\n"},
+        {"inset bad.svg --distance 1 -o m.svg", "vrl: bad\\.svg: <path id=\"x\">: [^\n]*\n"},
+        {"inset square.svg --distance 1 -o none/m.svg", "vrl: none/m\\.svg: No such file or directory\n"},
+        {"inset square.svg --distance 1 -o - >/dev/full", "vrl: standard output: No space left on device\n"},
+        {"apply none.png square.svg -o m.png", "vrl: none\\.png: No such file or directory\n"},
+        {"apply . square.svg -o m.png", "vrl: \\.: Is a directory\n"},
+        {"apply - square.svg -o m.png </dev/null", "vrl: standard input: the file ends too early\n"},
+        {"apply square.svg square.svg -o m.png", "vrl: square\\.svg: Not a PNG file\n"},
+        {"apply l.png none.svg -o m.png", "vrl: none\\.svg: No such file or directory\n"},
+        {"apply l.png cut.json -o m.png", "vrl: cut\\.json: shape 1 has the mode subtract, but apply can only add masks\n"},
     };
     for (const auto& c : cases) {
         const Outcome outcome = Run(c.arguments);
         EXPECT_EQ(outcome.status, 1) << c.arguments;
         EXPECT_THAT(outcome.err, MatchesRegex(c.expected));
     }
-    EXPECT_EQ(Files().size(), 3U);
+    EXPECT_EQ(Files().size(), 4U);
     Run("mask square.svg --size 4x3 -o m.png 2>&-");  // the file must not get the number of standard error, or the reverse
     EXPECT_EQ(Samples("m.png").size(), 12U);
 }

@@ -1,0 +1,167 @@
+#include "refhost/engine/arrangement.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <set>
+
+namespace refhost {
+namespace {
+
+using Loop = std::vector<GridPoint>;
+
+std::vector<GridSegment> Segments(const std::vector<Loop>& loops) {
+    std::vector<GridSegment> segments;
+    for (const Loop& loop : loops) {
+        for (std::size_t i = 0; i < loop.size(); ++i) segments.push_back({loop[i], loop[(i + 1) % loop.size()]});
+    }
+    return segments;
+}
+
+Loop Square(std::int32_t left, std::int32_t top, std::int32_t side, bool reversed = false) {
+    if (reversed) return {{left, top}, {left, top + side}, {left + side, top + side}, {left + side, top}};
+    return {{left, top}, {left + side, top}, {left + side, top + side}, {left, top + side}};
+}
+
+/// Areas of the boundary loops, smallest first.
+std::multiset<double> Areas(const Boundary& boundary) {
+    std::multiset<double> areas;
+    std::size_t begin = 0;
+    for (const std::size_t end : boundary.loop_ends) {
+        double doubled = 0;
+        for (std::size_t i = begin; i < end; ++i) {
+            const GridPoint a = boundary.edges[i].from;
+            const GridPoint b = boundary.edges[i + 1 < end ? i + 1 : begin].from;
+            doubled += static_cast<double>(a.x) * b.y - static_cast<double>(b.x) * a.y;
+        }
+        areas.insert(0.5 * doubled);
+        begin = end;
+    }
+    return areas;
+}
+
+std::multiset<double> Areas(const std::vector<Loop>& loops, WindingRule rule) { return Areas(FindBoundary(Segments(loops), rule)); }
+
+using Expected = std::multiset<double>;
+constexpr auto kPositive = WindingRule::kPositive;
+constexpr auto kNonZero = WindingRule::kNonZero;
+
+TEST(Arrangement, UnionsOfSquaresWorkedByHand) {
+    EXPECT_EQ(Areas({Square(0, 0, 10), Square(5, 5, 10)}, kPositive), Expected({175}));
+    EXPECT_EQ(Areas({Square(0, 0, 10), Square(10, 10, 10)}, kPositive), Expected({100, 100})) << "touching in a corner";
+    EXPECT_EQ(Areas({Square(0, 0, 10), Square(10, 0, 10)}, kPositive), Expected({200})) << "a shared side cancels";
+    EXPECT_EQ(Areas({Square(0, 0, 10), Square(0, 0, 10)}, kPositive), Expected({100})) << "all sides double";
+    EXPECT_EQ(Areas({Square(0, 0, 30), Square(10, 10, 10)}, kPositive), Expected({900})) << "an island inside is covered";
+    EXPECT_EQ(Areas({Square(0, 0, 30), Square(10, 10, 10, true)}, kPositive), Expected({-100, 900})) << "a hole";
+    EXPECT_EQ(Areas({Square(0, 0, 10, true)}, kPositive), Expected({}));
+    EXPECT_EQ(Areas({Square(0, 0, 10, true)}, kNonZero), Expected({100})) << "turned to run the right way";
+    EXPECT_EQ(Areas({Square(0, 0, 10), Square(5, 5, 10, true)}, kNonZero), Expected({75, 75})) << "opposite windings cancel";
+}
+
+TEST(Arrangement, OutlinesThatCoverThemselvesCancelOrCountOnce) {
+    EXPECT_EQ(Areas({{{0, 0}, {10, 4}}}, kNonZero), Expected({})) << "there and back";
+    EXPECT_EQ(Areas({{{0, 0}, {20, 0}, {10, 0}}}, kNonZero), Expected({})) << "back over a part";
+    EXPECT_EQ(Areas({{{0, 0}, {10, 0}, {10, 10}, {20, 20}, {10, 10}, {0, 10}}}, kPositive), Expected({100})) << "a spike without width";
+    EXPECT_EQ(Areas({{{0, 0}, {10, 10}, {10, 0}, {0, 10}}}, kNonZero), Expected({25, 25})) << "a bow tie";
+    EXPECT_EQ(Areas({{{0, 0}, {10, 10}, {10, 0}, {0, 10}}}, kPositive), Expected({25})) << "one wing runs the other way";
+}
+
+TEST(Arrangement, EdgesNameTheSegmentTheyComeFrom) {
+    const std::vector<GridSegment> segments = Segments({Square(0, 0, 10), Square(5, 5, 10, true)});
+    const Boundary boundary = FindBoundary(segments, kNonZero);
+    std::size_t begin = 0;
+    for (const std::size_t end : boundary.loop_ends) {
+        for (std::size_t i = begin; i < end; ++i) {
+            const GridPoint from = boundary.edges[i].from;
+            const GridPoint to = boundary.edges[i + 1 < end ? i + 1 : begin].from;
+            const GridSegment& s = segments[boundary.edges[i].segment];
+            const bool runs_along = (to.x - from.x) * (s.to.x - s.from.x) + (to.y - from.y) * (s.to.y - s.from.y) > 0;
+            EXPECT_NE(runs_along, boundary.edges[i].reversed);
+            for (const GridPoint p : {from, to}) {
+                EXPECT_EQ((p.x - s.from.x) * (s.to.y - s.from.y), (p.y - s.from.y) * (s.to.x - s.from.x)) << "on the segment's line";
+            }
+        }
+        begin = end;
+    }
+}
+
+TEST(Arrangement, LargestCoordinatesStayExact) {
+    constexpr std::int32_t k = kLargestGridCoordinate;
+    const double square = 4.0 * k * k;
+    EXPECT_EQ(Areas({{{-k, -k}, {k, -k}, {k, k}, {-k, k}}}, kPositive), Expected({square}));
+    EXPECT_EQ(Areas({{{-k, -k}, {k, k}, {k, -k}, {-k, k}}}, kNonZero), Expected({square / 4, square / 4}));
+}
+
+/// Winding number by a plain sum over all segments; `p` must not lie on one.
+int SlowWinding(const std::vector<GridSegment>& segments, double x, double y) {
+    int winding = 0;
+    for (const GridSegment& s : segments) {
+        const double side = (double{1} * s.to.x - s.from.x) * (y - s.from.y) - (double{1} * s.to.y - s.from.y) * (x - s.from.x);
+        if (s.from.y <= y && s.to.y > y && side > 0) ++winding;
+        if (s.to.y <= y && s.from.y > y && side < 0) --winding;
+    }
+    return winding;
+}
+
+std::int64_t Side(const GridSegment& s, GridPoint p) {
+    const std::int64_t x = s.to.x - s.from.x, y = s.to.y - s.from.y;
+    return x * (p.y - s.from.y) - y * (p.x - s.from.x);
+}
+
+/// Whether two segments share an inner point without being parallel.
+bool Cross(const GridSegment& a, const GridSegment& b) {
+    const auto differ = [](std::int64_t one, std::int64_t other) { return (one < 0 && other > 0) || (one > 0 && other < 0); };
+    return differ(Side(a, b.from), Side(a, b.to)) && differ(Side(b, a.from), Side(b, a.to));
+}
+
+// On a grid this small, hot pixels and coincidences are everywhere. The boundary must wind once round what is inside and not at all
+// round the rest (away from edges that snapping may have moved), and no two of its edges may cross.
+TEST(Arrangement, RandomTanglesOnCoarseGridsComeOutClean) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 1500; ++round) {
+        const int extent = round % 3 == 0 ? 8 : round % 3 == 1 ? 60 : 4000;
+        std::vector<Loop> loops(random() % 3 + 1);
+        for (Loop& loop : loops) {
+            const std::size_t corners = random() % 20 + 2;
+            while (loop.size() < corners) {
+                const GridPoint p = {static_cast<std::int32_t>(random() % static_cast<unsigned>(extent)),
+                                     static_cast<std::int32_t>(random() % static_cast<unsigned>(extent))};
+                if (loop.empty() || (p != loop.back() && p != loop.front())) loop.push_back(p);
+            }
+        }
+        const std::vector<GridSegment> segments = Segments(loops);
+        const WindingRule rule = round % 2 == 0 ? kPositive : kNonZero;
+        const Boundary boundary = FindBoundary(segments, rule);
+
+        std::vector<Loop> out;
+        std::size_t begin = 0;
+        for (const std::size_t end : boundary.loop_ends) {
+            Loop& loop = out.emplace_back();
+            for (; begin < end; ++begin) loop.push_back(boundary.edges[begin].from);
+        }
+        const std::vector<GridSegment> edges = Segments(out);
+        std::uniform_real_distribution<double> anywhere(0, extent);
+        for (int probe = 0; probe < 40; ++probe) {
+            const double x = anywhere(random);
+            const double y = anywhere(random);
+            const int winding = SlowWinding(edges, x, y);
+            ASSERT_TRUE(winding == 0 || winding == 1) << "round " << round;
+            const auto is_near = [&](const GridSegment& s) {
+                const double dx = double{1} * s.to.x - s.from.x, dy = double{1} * s.to.y - s.from.y;
+                const double t = std::clamp(((x - s.from.x) * dx + (y - s.from.y) * dy) / (dx * dx + dy * dy), 0.0, 1.0);
+                return std::hypot(s.from.x + t * dx - x, s.from.y + t * dy - y) < 1.5;
+            };
+            if (std::any_of(segments.begin(), segments.end(), is_near)) continue;
+            const int source = SlowWinding(segments, x, y);
+            ASSERT_EQ(winding == 1, rule == kPositive ? source > 0 : source != 0) << "round " << round << " at " << x << ", " << y;
+        }
+        for (const GridSegment& one : edges) {
+            for (const GridSegment& other : edges) ASSERT_FALSE(Cross(one, other)) << "round " << round;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace refhost

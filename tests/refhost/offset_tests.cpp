@@ -1,0 +1,220 @@
+#include "refhost/engine/offset.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "refhost/engine/engine_error.h"
+#include "support/offset_distance.h"
+#include "support/outline_shapes.h"
+
+namespace refhost {
+namespace {
+
+using namespace outline_shapes;
+constexpr auto kRound = OffsetJoin::kRound;
+
+std::vector<CurveContour> Round(const PathBuilder& path, double distance) { return OffsetOutline(path.View(), distance, kRound, 1); }
+
+std::size_t VertexCount(const std::vector<CurveContour>& contours) {
+    std::size_t count = 0;
+    for (const CurveContour& contour : contours) count += contour.segments.size();
+    return count;
+}
+
+double Area(const std::vector<CurveContour>& contours) {
+    double doubled = 0;
+    for (const SegmentField::Segment& s : Chords(contours, 0.001)) doubled += s.from.x * s.to.y - s.to.x * s.from.y;
+    return 0.5 * doubled;
+}
+
+PathBuilder Square(double left, double top, double side) {
+    return Polygon({{left, top}, {left + side, top}, {left + side, top + side}, {left, top + side}});
+}
+
+TEST(Offset, StaysWithinTwoHundredthsOfTheTrueOffset) {
+    const std::vector<std::pair<const char*, PathBuilder>> shapes = {
+        {"circle", Circle(100, 100, 80)},   {"rounded rectangle", RoundedRectangle(0, 0, 200, 100, 20)},
+        {"letter", Letter()},               {"letter reversed", Letter().Reversed()},
+        {"blob", Blob(50, 100, 3)},         {"star", Star(12, 100, 20)},
+        {"spikes", Star(40, 150, 140)},     {"cusps", CuspsAndLoops()},
+        {"scribble", Scribble(40, 200, 7)}, {"traced", Traced(400, 9)}};
+    for (const auto& [name, path] : shapes) {
+        for (const double distance : {0.01, 0.3, 3.0, 25.0, 300.0, -0.01, -0.3, -3.0, -25.0}) {
+            const OffsetErrors errors = MeasureOffset(path.View(), distance, Round(path, distance));
+            EXPECT_LE(errors.stray, 0.02) << name << ' ' << distance;
+            EXPECT_LE(errors.missing, 0.05) << name << ' ' << distance;
+            EXPECT_EQ(errors.wrong_windings, 0) << name << ' ' << distance;
+        }
+    }
+}
+
+// Where curves touch at the tip of a wedge thinner than the working tolerance, the tip's place is open. Paths made of wild curves on
+// whole coordinates have such tips; hardly any others do.
+TEST(Offset, RandomPathsAreRightExceptForWedgesWithoutWidth) {
+    constexpr unsigned kPaths = 250;
+    unsigned inexact = 0;
+    for (unsigned seed = 0; seed < kPaths; ++seed) {
+        std::mt19937 random(seed);
+        const PathBuilder path = RandomPath(random);
+        const double size = std::exp(std::uniform_real_distribution<double>(std::log(0.01), std::log(120.0))(random));
+        const double distance = random() % 2 == 0 ? size : -size;
+        const OffsetErrors errors = MeasureOffset(path.View(), distance, Round(path, distance));
+        if (errors.stray > 0.05 || errors.missing > 0.1) ++inexact;
+    }
+    EXPECT_LE(inexact, kPaths / 50);
+}
+
+TEST(Offset, TenThousandRandomPathsNeverOverlapThemselves) {
+    for (unsigned seed = 0; seed < 10000; ++seed) {
+        std::mt19937 random(seed);
+        const PathBuilder path = RandomPath(random);
+        const double size = std::exp(std::uniform_real_distribution<double>(std::log(0.01), std::log(300.0))(random));
+        const double distance = random() % 2 == 0 ? size : -size;
+        const auto join = static_cast<OffsetJoin>(random() % 3);
+        ASSERT_EQ(CountOverlaps(OffsetOutline(path.View(), distance, join, 4)), 0) << "seed " << seed;
+    }
+}
+
+TEST(Offset, SmoothOutlinesKeepFewVertices) {
+    EXPECT_LE(VertexCount(Round(Circle(0, 0, 100), -50)), 8U);
+    EXPECT_LE(VertexCount(Round(Circle(0, 0, 100), 50)), 8U);
+    EXPECT_LE(VertexCount(Round(Blob(200, 200, 5), 5)), 300U);
+    EXPECT_LE(VertexCount(Round(Blob(200, 200, 5), -5)), 300U);
+    for (const double distance : {-30.0, -10.0, 10.0, 100.0}) {
+        EXPECT_LE(VertexCount(Round(RoundedRectangle(0, 0, 300, 200, 20), distance)), 16U) << distance;
+    }
+}
+
+TEST(Offset, JoinsOfASquareHaveTheAreasOfGeometry) {
+    const PathBuilder square = Square(10, 20, 100);
+    const auto area = [&](double distance, OffsetJoin join, double limit) { return Area(OffsetOutline(square.View(), distance, join, limit)); };
+    const double cross = 100 * 100 + 4 * 100 * 7;
+    EXPECT_NEAR(area(7, kRound, 1), cross + std::acos(-1.0) * 49, 0.5);
+    EXPECT_NEAR(area(7, OffsetJoin::kBevel, 1), cross + 2 * 49, 0.1);
+    EXPECT_NEAR(area(7, OffsetJoin::kMiter, 4), 114 * 114, 0.1);
+    EXPECT_NEAR(area(7, OffsetJoin::kMiter, 1.4), cross + 2 * 49, 0.1) << "a right angle needs the square root of two";
+    for (const OffsetJoin join : {OffsetJoin::kMiter, kRound, OffsetJoin::kBevel}) {
+        EXPECT_NEAR(area(-7, join, 4), 86 * 86, 0.1) << "corners stay sharp when shrinking";
+        EXPECT_TRUE(OffsetOutline(square.View(), -51, join, 4).empty());
+    }
+}
+
+// Corners turned inwards are the ones that shrinking has to join.
+TEST(Offset, JoinsApplyToInwardCornersWhenShrinking) {
+    const PathBuilder frame = Square(0, 0, 100).Append(Square(30, 30, 40).Reversed());
+    const double outer = 90 * 90;
+    EXPECT_NEAR(Area(OffsetOutline(frame.View(), -5, OffsetJoin::kMiter, 4)), outer - 50 * 50, 0.1);
+    EXPECT_NEAR(Area(OffsetOutline(frame.View(), -5, OffsetJoin::kBevel, 4)), outer - (50 * 50 - 4 * 12.5), 0.1);
+    EXPECT_NEAR(Area(Round(frame, -5)), outer - (40 * 40 + 4 * 40 * 5 + std::acos(-1.0) * 25), 0.5);
+    EXPECT_NEAR(Area(Round(frame, 19)) - Area(Round(Square(0, 0, 100), 19)), -4, 0.1) << "a hole two pixels wide is left";
+    EXPECT_EQ(Round(frame, 21).size(), 1U) << "the hole has closed";
+}
+
+TEST(Offset, SplitsAtNecksAndCountsNestedContours) {
+    const PathBuilder dumbbell = Polygon({{0, 0}, {40, 0}, {40, 18}, {60, 18}, {60, 0}, {100, 0}, {100, 40}, {60, 40}, {60, 22}, {40, 22}, {40, 40}, {0, 40}});
+    EXPECT_EQ(Round(dumbbell, -1).size(), 1U);
+    EXPECT_EQ(Round(dumbbell, -3).size(), 2U);
+    const PathBuilder nested = Square(0, 0, 100).Append(Square(20, 20, 60).Reversed()).Append(Square(40, 40, 20));
+    for (const double distance : {0.0, 3.0, -3.0}) {
+        const std::vector<CurveContour> result = Round(nested, distance);
+        ASSERT_EQ(result.size(), 3U);
+        int holes = 0;
+        for (const CurveContour& contour : result) holes += Area({contour}) < 0;
+        EXPECT_EQ(holes, 1);
+    }
+}
+
+// Shrinking undoes growing except that bays closed on the way stay closed: never less than the region, never more than its closing.
+TEST(Offset, GrowingThenShrinkingLosesNoArea) {
+    for (const PathBuilder& path : {Letter(), Star(12, 100, 20), Blob(50, 100, 3)}) {
+        const double before = Area(Round(path, 0));
+        PathBuilder grown;
+        for (const CurveContour& contour : Round(path, 6)) {
+            grown.Move(contour.start.x, contour.start.y);
+            for (const CurveSegment& s : contour.segments) grown.Curve(s.control1.x, s.control1.y, s.control2.x, s.control2.y, s.end.x, s.end.y);
+            grown.Close();
+        }
+        const std::vector<CurveContour> closed = Round(grown, -6);
+        EXPECT_GE(Area(closed), before - 1);
+        const FilledRegion region(path.View());
+        for (const SegmentField::Segment& s : Chords(closed, 0.01)) {
+            EXPECT_GE(region.SignedDistance(s.from), -0.03);
+            EXPECT_LE(region.SignedDistance(s.from), 6);
+        }
+    }
+}
+
+TEST(Offset, OpenSubpathsAreClosedAndDirectionDoesNotMatter) {
+    PathBuilder open;
+    open.Move(0, 0).Line(100, 0).Line(100, 100).Line(0, 100);
+    EXPECT_NEAR(Area(OffsetOutline(open.View(), 10, OffsetJoin::kMiter, 4)), 14400, 0.1);
+    EXPECT_NEAR(Area(OffsetOutline(Square(0, 0, 100).Reversed().View(), 10, OffsetJoin::kMiter, 4)), 14400, 0.1);
+    EXPECT_NEAR(Area(OffsetOutline(Square(0, 0, 100).View(), 0, kRound, 1)), 10000, 1e-6);
+}
+
+TEST(Offset, RegionsWithoutAreaGrowToNothing) {
+    PathBuilder point, twice, line, hairpin;
+    point.Move(5, 5);
+    twice.Move(5, 5).Line(5, 5).Curve(5, 5, 5, 5, 5, 5).Close();
+    line.Move(0, 0).Line(50, 20).Close();
+    hairpin.Move(0, 0).Curve(30, 0, 60, 0, 90, 0).Line(45, 0).Close();
+    for (const PathBuilder& path : {PathBuilder(), point, twice, line, hairpin}) {
+        for (const double distance : {-2.0, 0.0, 2.0}) EXPECT_TRUE(Round(path, distance).empty());
+    }
+}
+
+const NUBErrorObject* ErrorOf(const PathBuilder& path, double distance, double miter_limit = 4) {
+    try {
+        OffsetOutline(path.View(), distance, OffsetJoin::kMiter, miter_limit);
+    } catch (const EngineError& error) {
+        return error.error;
+    }
+    return nullptr;
+}
+
+TEST(Offset, HostileInputEndsInAClearError) {
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double kInf = std::numeric_limits<double>::infinity();
+    const PathBuilder square = Square(0, 0, 10);
+    for (const double bad : {kNan, kInf, -kInf}) {
+        EXPECT_EQ(ErrorOf(Polygon({{0, 0}, {bad, 0}, {5, 5}}), 1), &kErrorNotFinite);
+        EXPECT_EQ(ErrorOf(square, bad), &kErrorNotFinite);
+        EXPECT_EQ(ErrorOf(square, 1, bad), &kErrorNotFinite);
+    }
+    EXPECT_EQ(ErrorOf(Polygon({{0, 0}, {1e30, 0}, {5, 5}}), 1), &kErrorBadArgument);
+    EXPECT_EQ(ErrorOf(square, 1e30), &kErrorBadArgument);
+    EXPECT_EQ(ErrorOf(square, 1, 1e300), nullptr);
+
+    PathBuilder headless, cut_short, mixed;
+    headless.Line(1, 1);
+    cut_short.Move(0, 0).Curve(1, 1, 2, 2, 3, 3);
+    cut_short.points.pop_back();
+    cut_short.operators.pop_back();
+    mixed.Move(0, 0).Curve(1, 1, 2, 2, 3, 3);
+    mixed.operators[2] = kPIVLine;
+    for (const PathBuilder& path : {headless, cut_short, mixed}) EXPECT_EQ(ErrorOf(path, 1), &kErrorBadPath);
+}
+
+// The grid follows the size of the drawing: precision falls with it, shape and scale do not.
+TEST(Offset, HugeAndFarAwayOutlinesKeepTheirShape) {
+    for (const double scale : {1e4, 1e6, 1e8}) {
+        const double side = 10 * scale;
+        const double grown = side + 2 * scale;
+        EXPECT_NEAR(Area(OffsetOutline(Square(0, 0, side).View(), scale, OffsetJoin::kMiter, 4)) / (grown * grown), 1, 1e-5) << scale;
+    }
+    const double round = Area(Round(Circle(1 << 20, 1 << 20, 64), 10)) / (std::acos(-1.0) * 74 * 74);
+    EXPECT_NEAR(round, 1, 1e-3);
+}
+
+// One corner a million pixels away must not make a fine outline slow or coarse beyond its share.
+TEST(Offset, AFarCornerDoesNotHang) {
+    PathBuilder path = Traced(3000, 2);
+    path.Append(Polygon({{900000, 900000}, {900010, 900000}, {900000, 900010}}));
+    EXPECT_GE(VertexCount(Round(path, 3)), 500U);
+}
+
+}  // namespace
+}  // namespace refhost

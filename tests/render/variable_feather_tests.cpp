@@ -1,0 +1,242 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <functional>
+#include <set>
+
+#include "api/vrl.h"
+#include "host/fill_painter.h"
+#include "refhost/engine/binding.h"
+#include "refhost/image/parallel_iteration.h"
+#include "refhost/services/faults.h"
+#include "refhost/services/memory.h"
+#include "refhost/services/reports.h"
+#include "refhost/shape/feather_points.h"
+#include "render/variable_feather_rasterizer.h"
+#include "tests/support/shapes.h"
+
+namespace {
+
+std::int32_t g_code = 0;
+const VRLp_ProgPtrCanceler g_canceler(nullptr, &g_code);
+
+std::unique_ptr<DY_Shape> FeatheredBlob(float inner, float outer) {
+    auto shape = Blob(12, 60, 50, 30);
+    refhost::SetFeatherPoints(*shape, {{1.5, outer}, {4.0, 0.5F * outer}, {7.25, inner}, {10.5, outer}});
+    return shape;
+}
+
+template <class P>
+std::vector<std::vector<P>> AllRows(VRLp_PolyRasterizer<P>& rasterizer, const M_LRect& box, std::uint16_t value) {
+    rasterizer.SetRenderBox(box);
+    std::vector<std::vector<P>> rows;
+    for (int y = box.top; y < box.bottom; ++y) {
+        auto& row = rows.emplace_back(static_cast<std::size_t>(box.right - box.left), P{99});
+        int first = 0;
+        int end = 0;
+        EXPECT_EQ(rasterizer.RasterizeY(y, value, row.data(), &first, &end), box.right);
+        const auto lit = std::find_if(row.begin(), row.end(), [](P s) { return s != 0; });
+        const auto last = std::find_if(row.rbegin(), row.rend(), [](P s) { return s != 0; });
+        const bool dark = lit == row.end();
+        EXPECT_EQ(first, dark ? box.right : box.left + (lit - row.begin()));
+        EXPECT_EQ(end, dark ? box.left : box.left + (row.rend() - last) - 1);  // the last lit column itself
+    }
+    return rows;
+}
+
+// Every covered pixel of every ring touched on its own.
+std::vector<float> PlainAccumulation(DY_Shape& shape, float aspect, float expansion, const M_Matrix3* transform, int rings,
+                                     const M_LRect& box) {
+    const DY_FeatherContourMaker maker(&shape, 1 / aspect, g_canceler, expansion);
+    const M_FloatRect everything = {-1e4, -1e4, 1e4, 1e4};
+    const float step = static_cast<float>(1.0 / rings);
+    const int width = box.right - box.left;
+    std::vector<float> sums(static_cast<std::size_t>(width * (box.bottom - box.top)));
+    for (int ring = 0; ring < rings; ++ring) {
+        DY_ContourResults result = kContourPath;
+        CGRXPath path = CGRXPath::Adopt(maker.MakeGRXPath(static_cast<float>(ring) * step, 1, &everything, &result));
+        if (result != kContourPath || path.IsNull()) continue;
+        if (transform != nullptr) {
+            const auto& m = transform->m;
+            path = path.Transformed(
+                {float(m[0][0]), float(m[0][1]), float(m[1][0]), float(m[1][1]), float(m[2][0]), float(m[2][1])});
+        }
+        const auto painter = VRLp_FillPainter::OfPath(path.Data(), true, box);
+        std::vector<std::uint8_t> line(static_cast<std::size_t>(width));
+        for (int y = box.top; y < box.bottom; ++y) {
+            const PIVRun* run = painter.Row(y, line.data());
+            for (int x = box.left; x < box.right; ++x) {
+                while (run->end <= x) ++run;
+                float& sum = sums[static_cast<std::size_t>((y - box.top) * width + x - box.left)];
+                if (run->kind == kPIVRunFull) sum += 255;
+                if (run->kind == kPIVRunPartial) sum += *painter.Coverage(x - box.left, y - box.top);
+            }
+        }
+    }
+    return sums;
+}
+
+}  // namespace
+
+TEST(VariableFeather, DifferencesGiveThePlainAccumulation) {
+    const M_Matrix3 turned = {{{0.8, 0.6, 0}, {-0.6, 0.8, 0}, {30, -20, 1}}};
+    const M_LRect box = {3, -5, 118, 96};  // 101 rows: twelve bands, the last one short
+    for (const M_Matrix3* transform : {static_cast<const M_Matrix3*>(nullptr), &turned}) {
+        for (const float aspect : {1.0F, 2.0F}) {
+            const auto shape = FeatheredBlob(-9, 14.5F);
+            constexpr int kRings = 24;  // ceil(23.5 / 1.0040916)
+            const auto sums = PlainAccumulation(*shape, aspect, 1.5F, transform, kRings, box);
+            VRLp_PolyVariableFeatherRasterizer<GW_Pixel16> deep(*shape, true, 1.5F, aspect, false, g_canceler, transform);
+            VRLp_PolyVariableFeatherRasterizer<GW_Pixel8> smooth(*shape, true, 1.5F, aspect, true, g_canceler, transform);
+            const auto deep_rows = AllRows<GW_Pixel16>(deep, box, 20000);
+            const auto smooth_rows = AllRows<GW_Pixel8>(smooth, box, 256 + 200);  // the low 8 bits count
+            double largest = 0;
+            for (int y = 0; y < 101; ++y) {
+                for (std::size_t x = 0; x < 115; ++x) {
+                    const float t = sums[static_cast<std::size_t>(y) * 115 + x] / (kRings * 255.0F);
+                    largest = std::max(largest, double(t));
+                    ASSERT_EQ(deep_rows[std::size_t(y)][x], GW_Pixel16(t * (20000 / 32768.0F) * 32768 + 0.5F)) << x << ' ' << y;
+                    const float s = (3 - 2 * t) * (t * t);
+                    ASSERT_EQ(smooth_rows[std::size_t(y)][x], GW_Pixel8(s * (200 / 255.0F) * 255 + 0.5F));
+                }
+            }
+            EXPECT_EQ(largest, 1);
+        }
+    }
+}
+
+TEST(VariableFeather, AConstantRadiusIsTheMeanOfTheDistanceRings) {
+    struct Case {
+        float radius, expansion;
+        double aspect;
+    };
+    for (const Case c : {Case{12, 0, 1}, {-12, 0, 1}, {8, 3, 1}, {12, 0, 2}, {-6, -2, 2}}) {
+        // A disc in the working space, so that the distance to its outline is known everywhere.
+        constexpr double kRadius = 40;
+        constexpr double kHandle = 0.5522847498;
+        std::vector<WEX_Item> items;
+        const double xs[] = {1, 0, -1, 0};
+        const double ys[] = {0, 1, 0, -1};
+        const auto at = [&](double x, double y) {
+            return WEX_Item{float((100 + kRadius * x) * c.aspect), float(100 + kRadius * y)};
+        };
+        for (int i = 0; i < 4; ++i) {
+            const int n = (i + 1) % 4;
+            items.insert(items.end(), {at(xs[i], ys[i]), at(xs[i] + kHandle * xs[n], ys[i] + kHandle * ys[n]),
+                                       at(xs[n] + kHandle * xs[i], ys[n] + kHandle * ys[i])});
+        }
+        const auto shape = ShapeOfItems(items);
+        refhost::SetFeatherPoints(*shape, {{0, c.radius}});
+        VRL_MaskParams params = PlainParams();
+        params.expansion = static_cast<std::int32_t>(c.expansion * 65536);
+        params.pixel_aspect = c.aspect;
+        params.variable_feather_option = 0;
+        const int width = static_cast<int>(200 * c.aspect);
+        GW_UnoBuffer buffer(width, 200, 8);
+        M_LRect touched = {};
+        ASSERT_EQ(VRL_MaskWithShape(shape.get(), &params, nullptr, &buffer, &touched), 0);
+        const int rings = static_cast<int>(std::ceil(std::abs(double(c.radius)) / 1.0040916));
+        const double inner = std::min(double(c.radius), 0.0) + double(c.expansion);
+        for (int y = 0; y < 200; ++y) {
+            for (int x = 0; x < width; ++x) {
+                // The mean over the rings of their coverage, sampled: a ring covers what is nearer than its edge.
+                constexpr int kSamples = 6;
+                double covered = 0;
+                double nearest_centre = 1e9;
+                for (int sample = 0; sample < kSamples * kSamples; ++sample) {
+                    const double sample_x = (x + (sample % kSamples + 0.5) / kSamples) / c.aspect - 100;
+                    const double sample_y = y + (sample / kSamples + 0.5) / kSamples - 100;
+                    const double distance = std::hypot(sample_x, sample_y) - kRadius;
+                    nearest_centre = std::min(nearest_centre, distance);
+                    const double beyond = (distance - inner) / std::abs(double(c.radius)) * rings;  // rings that end before it
+                    covered += std::clamp(rings - std::floor(beyond) - 1, 0.0, double(rings));
+                }
+                if (nearest_centre < 4 - kRadius) continue;  // the crease in the middle
+                const double t = covered / (kSamples * kSamples * rings);
+                const double expected = 255 * (3 - 2 * t) * t * t;
+                ASSERT_NEAR(buffer.Row<GW_Pixel8>(y)[x], expected, 2 + 20.0 / rings * c.aspect)
+                    << x << ' ' << y << ' ' << c.radius;
+            }
+        }
+    }
+}
+
+TEST(VariableFeather, ASpanOfNothingIsOneRingAndLongSpansAreCapped) {
+    const auto shape = Rectangle(10, 10, 30, 30);
+    refhost::SetFeatherPoints(*shape, {{0, 0.0F}});
+    VRLp_PolyVariableFeatherRasterizer<GW_Pixel8> one(*shape, true, 0, 1, true, g_canceler, nullptr);
+    const auto rows = AllRows<GW_Pixel8>(one, {0, 0, 40, 40}, 255);
+    EXPECT_EQ(rows[20][20], 255);
+    EXPECT_EQ(rows[20][5], 0);
+
+    // 1000 pixels of feather: a mask value changes by one ring's share at a time.
+    refhost::SetFeatherPoints(*shape, {{0, 1000.0F}});
+    for (const bool smooth : {false, true}) {
+        VRLp_PolyVariableFeatherRasterizer<GW_Pixel16> capped(*shape, true, 0, 1, smooth, g_canceler, nullptr);
+        const auto line = AllRows<GW_Pixel16>(capped, {30, 20, 1030, 21}, 32768)[0];
+        const auto steps = std::adjacent_find(line.begin(), line.end(), std::less<>()) == line.end();
+        EXPECT_TRUE(steps);  // never rises outwards
+        const std::set<GW_Pixel16> levels(line.begin(), line.end());
+        EXPECT_GT(levels.size(), smooth ? 500U : 350U);
+    }
+}
+
+TEST(VariableFeather, ThreadCountsFaultsAndStops) {
+    refhost::SetReportSink([](const refhost::Report&) { return 0; });
+    const auto shape = FeatheredBlob(-9, 14.5F);
+    const M_Matrix3 turned = {{{0.8, 0.6, 0}, {-0.6, 0.8, 0}, {30, -20, 1}}};
+    static std::atomic<int> polls;
+    static std::atomic<int> stop_at;
+    const GW_ProgressInfo progress = {nullptr, [](void*) -> std::int32_t { return ++polls == stop_at ? 29 : 0; }, nullptr};
+    VRL_MaskParams params = PlainParams();
+    params.progress = &progress;
+    std::vector<GW_Pixel8> expected;
+    const int objects = refhost::LiveEngineObjects();
+    const auto render = [&](GW_UnoBuffer& buffer) { return VRL_MaskWithShape(shape.get(), &params, &turned, &buffer, nullptr); };
+    const auto expect_nothing_left = [&] {
+        ASSERT_EQ(refhost::LiveEngineObjects(), objects);
+        ASSERT_EQ(refhost::AccountedBytes(), 0);
+    };
+    for (const int threads : {1, 2, 8}) {
+        refhost::SetThreadCount(threads);
+        polls = 0;
+        stop_at = -1;
+        GW_UnoBuffer buffer(120, 100, 8);
+        ASSERT_EQ(render(buffer), 0);
+        if (expected.empty()) expected = SamplesOf<GW_Pixel8>(buffer);
+        EXPECT_EQ(SamplesOf<GW_Pixel8>(buffer), expected) << threads;
+
+        const int all_polls = polls;
+        for (int stop = 1; stop <= all_polls; stop += 1 + all_polls / 40) {
+            polls = 0;
+            stop_at = stop;
+            const std::int32_t status = render(buffer);
+            if (polls >= stop) {
+                EXPECT_EQ(status, 29);
+                EXPECT_EQ(polls, stop);  // nothing asks again after a stop
+            }
+            expect_nothing_left();
+        }
+        stop_at = -1;
+        for (int nth = 1;; nth += 7) {
+            refhost::FailAnyHostCall(nth, 61);
+            const std::int32_t status = render(buffer);
+            refhost::DisarmFaults();
+            expect_nothing_left();
+            if (!refhost::FaultStruck()) break;
+            ASSERT_TRUE(status == 61 || status == -1 || status == 0) << status;
+        }
+        for (int nth = 1;; nth += 13) {
+            refhost::FailAllocations(nth, 1 << 30);
+            const std::int32_t status = render(buffer);
+            refhost::DisarmFaults();
+            expect_nothing_left();
+            if (!refhost::FaultStruck()) break;
+            ASSERT_EQ(status, -4);
+        }
+    }
+    refhost::SetThreadCount(2);
+    refhost::SetReportSink({});
+}

@@ -1,0 +1,131 @@
+#include "tool/apply_command.h"
+
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "api/vrl.h"
+#include "tool/failure.h"
+#include "tool/library_session.h"
+#include "tool/mask_options.h"
+#include "tool/output_file.h"
+#include "tool/png_reader.h"
+#include "tool/png_writer.h"
+#include "tool/shape_file.h"
+#include "tool/standard_stream.h"
+#include "tool/work_progress.h"
+#include "tool/world_rows.h"
+
+namespace vrltool {
+namespace {
+
+struct ApplyOptions {
+    std::string layer, shapes, output;
+    MaskOptions masks;
+};
+
+constexpr const char* kExamples = R"(Examples:
+  vrl apply photo.png hand.json -o cut.png
+  vrl apply photo.png hand.json --feather 6 --expand 2 -o soft.png
+  vrl apply photo.png icon.svg --transform 10,0,0,10,0,0 --invert -o hole.png
+  vrl apply - hand.json -o - < photo.png > cut.png
+
+The masks are joined by union, whatever their order, and multiplied into the alpha the picture has. Shapes whose file
+names another mode than add are refused. The result has red, green, blue and alpha in 8 or 16 bits, as the picture does;
+masks have 256 levels in both. Distances are in the picture's pixels.)";
+
+void RequireAdding(const std::vector<ShapeRecord>& records, const std::string& file) {
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        const CombineMode mode = records[i].mode.value_or(CombineMode::kAdd);
+        if (mode == CombineMode::kAdd) continue;
+        throw Failure(InputName(file) + ": shape " + std::to_string(i + 1) + " has the mode " + NameOf(mode) +
+                      ", but apply can only add masks");
+    }
+}
+
+/// Joins the masks of all shapes to the world's alpha.
+std::vector<M_LRect> MergeMasks(const std::vector<ShapeRecord>& records, const ApplyOptions& options, GW_World& world,
+                                WorkProgress& progress, std::size_t first_part) {
+    LibrarySession library;
+    GW_LayerDef layer = {world.width, world.height, &world};
+    std::vector<M_LRect> touched;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        progress.BeginPart(first_part + i);
+        VRL_MaskParams params = options.masks.params;
+        params.progress = progress.Callbacks();
+        records[i].shape->Transform(options.masks.transform);
+        library.Check(VRL_MaskWithWorld(records[i].shape.get(), &params, &layer, &touched.emplace_back()),
+                      InputName(options.shapes));
+    }
+    return touched;
+}
+
+/// The alpha of every pixel, which becomes 0 in the world.
+template <class P>
+std::vector<P> TakeAlpha(GW_World& world) {
+    std::vector<P> alpha;
+    alpha.reserve(static_cast<std::size_t>(world.width) * static_cast<std::size_t>(world.height));
+    for (std::int32_t y = 0; y < world.height; ++y) {
+        const std::span<P> row = RowOf<P>(world, y);
+        for (std::size_t i = 0; i < row.size(); i += kComponents) alpha.push_back(std::exchange(row[i], P{0}));
+    }
+    return alpha;
+}
+
+template <class P>
+void MultiplyAlpha(const std::vector<P>& factors, GW_World& world) {
+    constexpr std::uint32_t kMax = SampleTraits<P>::kMax;
+    auto factor = factors.begin();
+    for (std::int32_t y = 0; y < world.height; ++y) {
+        const std::span<P> row = RowOf<P>(world, y);
+        for (std::size_t i = 0; i < row.size(); i += kComponents) {
+            row[i] = static_cast<P>((std::uint32_t{row[i]} * *factor++ + kMax / 2) / kMax);
+        }
+    }
+}
+
+/// What `merge` joins to an alpha of 0 is the share that each pixel keeps of its own.
+template <class P, class Merge>
+void CutOut(GW_World& world, Merge merge) {
+    const std::vector<P> alpha = TakeAlpha<P>(world);
+    merge();
+    MultiplyAlpha(alpha, world);
+}
+
+void RunApply(const ApplyOptions& options) {
+    const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
+    RequireAdding(records, options.shapes);
+    WorkProgress progress(records.size() + 2);  // reading the picture, the masks, writing
+    const std::unique_ptr<GW_World> world = ReadPng(options.layer, progress);
+    OutputFile output(options.output);
+    std::vector<M_LRect> touched;
+    const auto merge = [&] { touched = MergeMasks(records, options, *world, progress, 1); };
+    IsDeep(*world) ? CutOut<GW_Pixel16>(*world, merge) : CutOut<GW_Pixel8>(*world, merge);
+    progress.BeginPart(records.size() + 1);
+    WritePng(*world, output, progress);
+    output.Commit();
+    if (options.masks.print_touched) PrintTouched(touched);
+}
+
+}  // namespace
+
+void AddApplyCommand(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<ApplyOptions>();
+    CLI::App& command = *program.add_subcommand("apply", "Cut a picture out by the masks of shapes");
+    command.add_option("LAYER", options->layer, "PNG file, - for standard input")->required()->type_name("");
+    command.add_option("SHAPES", options->shapes, "SVG or JSON file, - for standard input")->required()->type_name("");
+    command.add_option("-o,--output", options->output, "PNG file to write, - for standard output")->required()->type_name("FILE");
+    AddMaskOptions(command, options->masks);
+    command.footer(kExamples);
+    command.callback([options, &chosen] {
+        RequireOneWriter(options->masks, options->output);
+        if (options->layer == kStandardStream && options->shapes == kStandardStream) {
+            throw CLI::ValidationError("LAYER and SHAPES cannot both be standard input");
+        }
+        chosen = [options] { RunApply(*options); };
+    });
+}
+
+}  // namespace vrltool

@@ -1,0 +1,88 @@
+#include "tool/svg_writer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
+#include <utility>
+
+#include "base/narrow.h"
+#include "tool/number_text.h"
+#include "tool/outline.h"
+#include "tool/outline_measure.h"
+
+namespace vrltool {
+namespace {
+
+std::vector<Outline> OutlinesOf(const std::vector<ShapeRecord>& records) {
+    std::vector<Outline> outlines;
+    for (const ShapeRecord& record : records) outlines.push_back(OutlineOf(*record.shape));
+    return outlines;
+}
+
+/// A pixel at least: a picture without size would turn the drawing off.
+M_FloatRect PictureBounds(const std::vector<Outline>& outlines) {
+    M_FloatRect picture = {0, 0, 1, 1};
+    for (const Outline& outline : outlines) {
+        const M_FloatRect bounds = TightBounds(outline);
+        picture = {std::min(picture.left, std::floor(bounds.left)), std::min(picture.top, std::floor(bounds.top)),
+                   std::max(picture.right, std::ceil(bounds.right)), std::max(picture.bottom, std::ceil(bounds.bottom))};
+    }
+    return picture;
+}
+
+void AppendAttribute(const char* name, std::initializer_list<double> numbers, std::string& text) {
+    text.append(" ").append(name);
+    const char* separator = "=\"";
+    for (const double number : numbers) {
+        text.append(std::exchange(separator, " "));
+        AppendNumber(number, text);
+    }
+    text.append("\"");
+}
+
+void AppendPoint(const char* lead, const Point& point, std::string& text) {
+    text.append(lead);
+    AppendNumber(NarrowToFloat(point.x), text);
+    text.append(",");
+    AppendNumber(NarrowToFloat(point.y), text);
+}
+
+bool IsStraight(const Vertex& from, const Vertex& to) { return from.out == from.anchor && to.in == to.anchor; }
+
+void AppendSegment(const Vertex& from, const Vertex& to, std::string& text) {
+    if (IsStraight(from, to)) return AppendPoint(" L", to.anchor, text);
+    AppendPoint(" C", from.out, text);
+    AppendPoint(" ", to.in, text);
+    AppendPoint(" ", to.anchor, text);
+}
+
+/// Z draws the closing segment of a closed outline where that is straight.
+void AppendSubpath(const Outline& outline, std::string& text) {
+    const std::vector<Vertex>& vertices = outline.vertices;
+    AppendPoint("M", vertices.front().anchor, text);
+    for (std::size_t i = 1; i < vertices.size(); ++i) AppendSegment(vertices[i - 1], vertices[i], text);
+    if (!outline.closed) return;
+    if (!IsStraight(vertices.back(), vertices.front())) AppendSegment(vertices.back(), vertices.front(), text);
+    text.append(" Z");
+}
+
+}  // namespace
+
+std::string WriteSvgShapes(const std::vector<ShapeRecord>& records) {
+    const std::vector<Outline> outlines = OutlinesOf(records);
+    const auto [left, top, right, bottom] = PictureBounds(outlines);
+    std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
+    AppendAttribute("width", {right - left}, text);
+    AppendAttribute("height", {bottom - top}, text);
+    AppendAttribute("viewBox", {left, top, right - left, bottom - top}, text);
+    text.append(">\n<path fill-rule=\"evenodd\" d=\"");
+    const char* separator = "";
+    for (const Outline& outline : outlines) {
+        text.append(std::exchange(separator, "\n"));
+        AppendSubpath(outline, text);
+    }
+    text.append("\"/>\n</svg>\n");
+    return text;
+}
+
+}  // namespace vrltool
