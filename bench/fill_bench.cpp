@@ -218,10 +218,6 @@ void RegisterAll() {
     }
 }
 
-}  // namespace
+const bool g_registered = (RegisterAll(), true);
 
-int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    RegisterAll();
-    benchmark::RunSpecifiedBenchmarks();
-}
+}  // namespace

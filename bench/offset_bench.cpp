@@ -1,6 +1,6 @@
 // Time and vertices of the offset, on smooth and traced outlines of 50 to 10^5 vertices, and its deviation from the true offset.
-// Built with VRL_BENCH_CLIPPER (and linked with polyclipping) it runs that library's polygon offset on the same outlines, flattened
-// to 0.02 px, with an arc tolerance of 0.02 px, in turns with our own.
+// Built with VRL_BENCH_CLIPPER (and linked with polyclipping) it runs that library's polygon offset on the same outlines,
+// flattened to 0.02 px, with an arc tolerance of 0.02 px, in turns with our own.
 
 #include <benchmark/benchmark.h>
 
@@ -13,8 +13,8 @@
 
 #include "refhost/engine/cubic.h"
 #include "refhost/engine/offset.h"
-#include "support/offset_distance.h"
-#include "support/outline_shapes.h"
+#include "tests/support/offset_distance.h"
+#include "tests/support/outline_shapes.h"
 
 namespace {
 
@@ -29,7 +29,9 @@ struct Case {
 std::vector<Case> Cases() {
     std::vector<Case> cases;
     const auto add = [&](const std::string& name, const PathBuilder& path, const std::vector<double>& distances) {
-        for (const double d : distances) cases.push_back({name + "/" + std::to_string(path.VertexCount()) + "/" + std::to_string(static_cast<int>(d)), path, d});
+        for (const double d : distances)
+            cases.push_back(
+                {name + "/" + std::to_string(path.VertexCount()) + "/" + std::to_string(static_cast<int>(d)), path, d});
     };
     add("letter", outline_shapes::Letter(), {3, -3, 25});
     add("smooth", outline_shapes::Blob(50, 100, 3), {5, -5, 25, -25});
@@ -60,7 +62,8 @@ void OffsetCurves(benchmark::State& state, const Case& c) {
 void OffsetDeviation(benchmark::State& state, const Case& c) {
     OffsetErrors errors;
     for (auto _ : state) {
-        errors = MeasureOffset(c.path.View(), c.distance, refhost::OffsetOutline(c.path.View(), c.distance, refhost::OffsetJoin::kRound, 1));
+        errors = MeasureOffset(c.path.View(), c.distance,
+                               refhost::OffsetOutline(c.path.View(), c.distance, refhost::OffsetJoin::kRound, 1));
     }
     state.counters["stray"] = errors.stray;
     state.counters["missing"] = errors.missing;
@@ -106,9 +109,7 @@ void OffsetPolygons(benchmark::State& state, const Case& c) {
 }
 #endif
 
-}  // namespace
-
-int main(int argc, char** argv) {
+void RegisterAll() {
     const std::vector<Case> cases = Cases();
     for (const Case& c : cases) {
         benchmark::RegisterBenchmark(("OffsetCurves/" + c.name).c_str(), OffsetCurves, c)->Unit(benchmark::kMillisecond);
@@ -120,9 +121,12 @@ int main(int argc, char** argv) {
     }
     for (const Case& c : cases) {
         if (c.path.VertexCount() > 10000) continue;
-        benchmark::RegisterBenchmark(("OffsetDeviation/" + c.name).c_str(), OffsetDeviation, c)->Iterations(1)->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark(("OffsetDeviation/" + c.name).c_str(), OffsetDeviation, c)
+            ->Iterations(1)
+            ->Unit(benchmark::kMillisecond);
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
 }
+
+const bool g_registered = (RegisterAll(), true);
+
+}  // namespace

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "refhost/engine/offset.h"
-#include "support/outline_shapes.h"
+#include "tests/support/outline_shapes.h"
 
 namespace {
 
@@ -36,7 +36,26 @@ std::vector<Picture> Pictures() {
         {"spikes", Star(40, 150, 120), -200, -200, 400, round, {5, 40, -5, -40}},
         {"cusps and loops", CuspsAndLoops(), -40, -40, 370, round, {2, 8, 25, -2, -8, -20}},
         {"scribble", Scribble(30, 200, 7), -50, -60, 310, round, {1, 5, 25, -1, -5}},
-        {"bays and necks", Blob(60, 100, 4), -170, -170, 340, round, {4, 15, 40, -4, -15, -40}},
+        {"bays and necks",
+         Smooth({{-100, -60},
+                 {-40, -90},
+                 {0, -30},
+                 {40, -90},
+                 {110, -40},
+                 {60, 0},
+                 {10, 4},
+                 {-20, 40},
+                 {30, 90},
+                 {110, 60},
+                 {100, 110},
+                 {0, 125},
+                 {-90, 90},
+                 {-60, 20}}),
+         -170,
+         -150,
+         340,
+         round,
+         {4, 11, 22, 40, -4, -9, -22}},
         {"traced", Traced(200, 9), -80, -80, 160, round, {1, 4, 20, -1, -4, -20}},
         {"circle from outside to its centre", Circle(0, 0, 80), -130, -130, 260, round, {20, 40, -20, -40, -60, -79}},
     };
@@ -49,10 +68,18 @@ void DrawPath(const PathBuilder& path) {
             std::printf("%.3f,%.3f ", static_cast<double>(path.points[k].x), static_cast<double>(path.points[k].y));
         };
         switch (path.operators[i]) {
-            case kPIVMove: std::printf("M"), at(i); break;
-            case kPIVLine: std::printf("L"), at(i); break;
-            case kPIVCurve: std::printf("C"), at(i), at(i + 1), at(i + 2), i += 2; break;
-            case kPIVClose: std::printf("Z "); break;
+            case kPIVMove:
+                std::printf("M"), at(i);
+                break;
+            case kPIVLine:
+                std::printf("L"), at(i);
+                break;
+            case kPIVCurve:
+                std::printf("C"), at(i), at(i + 1), at(i + 2), i += 2;
+                break;
+            case kPIVClose:
+                std::printf("Z ");
+                break;
         }
     }
     std::printf("\"/>\n");
@@ -63,7 +90,8 @@ void DrawContours(const std::vector<refhost::CurveContour>& contours, const char
     for (const refhost::CurveContour& contour : contours) {
         std::printf("M%.4f,%.4f ", contour.start.x, contour.start.y);
         for (const refhost::CurveSegment& s : contour.segments) {
-            std::printf("C%.4f,%.4f %.4f,%.4f %.4f,%.4f ", s.control1.x, s.control1.y, s.control2.x, s.control2.y, s.end.x, s.end.y);
+            std::printf("C%.4f,%.4f %.4f,%.4f %.4f,%.4f ", s.control1.x, s.control1.y, s.control2.x, s.control2.y, s.end.x,
+                        s.end.y);
         }
         std::printf("Z ");
     }
@@ -76,12 +104,13 @@ void DrawContours(const std::vector<refhost::CurveContour>& contours, const char
 }
 
 void Draw(const Picture& picture, double x, double y) {
-    std::printf("<svg x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\" viewBox=\"%g %g %g %g\">\n", x, y, kCell, kCell, picture.left, picture.top,
-                picture.extent, picture.extent);
+    std::printf("<svg x=\"%g\" y=\"%g\" width=\"%g\" height=\"%g\" viewBox=\"%g %g %g %g\">\n", x, y, kCell, kCell, picture.left,
+                picture.top, picture.extent, picture.extent);
     DrawPath(picture.path);
     const double pixel = picture.extent / kCell;
     for (const double distance : picture.distances) {
-        DrawContours(refhost::OffsetOutline(picture.path.View(), distance, picture.join, 4), distance > 0 ? "#06c" : "#c20", pixel);
+        DrawContours(refhost::OffsetOutline(picture.path.View(), distance, picture.join, 4), distance > 0 ? "#06c" : "#c20",
+                     pixel);
     }
     std::printf("</svg>\n<text x=\"%g\" y=\"%g\" font-size=\"14\">%s</text>\n", x + 8, y + 18, picture.title);
 }
@@ -92,7 +121,8 @@ int main() {
     constexpr int kColumns = 5;
     const std::vector<Picture> pictures = Pictures();
     const int rows = (static_cast<int>(pictures.size()) + kColumns - 1) / kColumns;
-    std::printf("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%g\" height=\"%g\" style=\"background:#fff\">\n", kCell * kColumns, kCell * rows);
+    std::printf("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%g\" height=\"%g\" style=\"background:#fff\">\n",
+                kCell * kColumns, kCell * rows);
     std::printf("<rect width=\"100%%\" height=\"100%%\" fill=\"#fff\"/>\n");
     int index = 0;
     for (const Picture& picture : pictures) {

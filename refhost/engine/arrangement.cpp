@@ -26,7 +26,9 @@ GridVector operator-(GridPoint a, GridPoint b) {
 }
 std::int64_t Cross(GridVector a, GridVector b) { return a.x * b.y - a.y * b.x; }
 std::int64_t Dot(GridVector a, GridVector b) { return a.x * b.x + a.y * b.y; }
-std::uint64_t KeyOf(GridPoint p) { return std::uint64_t{static_cast<std::uint32_t>(p.x)} << 32 | static_cast<std::uint32_t>(p.y); }
+std::uint64_t KeyOf(GridPoint p) {
+    return std::uint64_t{static_cast<std::uint32_t>(p.x)} << 32 | static_cast<std::uint32_t>(p.y);
+}
 
 // ---- Snapping: where each segment is cut.
 
@@ -38,8 +40,8 @@ struct Cut {
 
 /// Where the planar graph has its nodes: at the cuts, and at the marked segment starts. Everything between is left alone.
 struct Nodes {
-    std::vector<Cut> cuts;           // by segment, then along it
-    std::vector<char> is_at_start;   // per segment
+    std::vector<Cut> cuts;          // by segment, then along it
+    std::vector<char> is_at_start;  // per segment
 };
 
 Nodes FindNodes(std::span<const GridSegment> segments);
@@ -56,8 +58,8 @@ struct Stretch {
     std::uint32_t first, last;
 };
 
-/// An edge between two vertices, lower id first. Equal edges are merged; such have no vertices of their segments inside. Half-edge
-/// 2 e leaves `low`, half-edge 2 e + 1 leaves `high`.
+/// An edge between two vertices, lower id first. Equal edges are merged; such have no vertices of their segments inside.
+/// Half-edge 2 e leaves `low`, half-edge 2 e + 1 leaves `high`.
 struct Edge {
     std::uint32_t low, high;
     std::int32_t multiplicity;  // stretches running from low to high less those running back
@@ -117,8 +119,8 @@ class PlanarGraph {
 
     /// Edges of one connected part, as a range of `spread_order_`, whose windings are known up to a common constant.
     struct Component {
-        std::size_t end;           // one past its last edge; it begins where the one before ends
-        std::uint32_t leftmost;    // vertex with the smallest x, then y
+        std::size_t end;         // one past its last edge; it begins where the one before ends
+        std::uint32_t leftmost;  // vertex with the smallest x, then y
     };
 
     std::span<const GridSegment> segments_;
@@ -171,7 +173,9 @@ Nodes FindNodes(std::span<const GridSegment> segments) {
         if (a.from == b.from) nodes.is_at_start[i] = nodes.is_at_start[j] = true;
         if (PassesPixel(a, b_from_beside_a, b.from)) cut_at_start(i, j);
         if (PassesPixel(b, a_from_beside_b, a.from)) cut_at_start(j, i);
-        const auto straddles = [](std::int64_t one, std::int64_t other) { return (one < 0 && other > 0) || (one > 0 && other < 0); };
+        const auto straddles = [](std::int64_t one, std::int64_t other) {
+            return (one < 0 && other > 0) || (one > 0 && other < 0);
+        };
         if (straddles(b_from_beside_a, b_from_beside_a + parallel) && straddles(a_from_beside_b, a_from_beside_b - parallel)) {
             if (crossings.size() + nodes.cuts.size() > kMostCrossings) throw std::bad_alloc();
             crossings.push_back(RoundedCrossing(b, -b_from_beside_a, parallel));
@@ -192,8 +196,9 @@ Nodes FindNodes(std::span<const GridSegment> segments) {
     return nodes;
 }
 
-// A loop starts at a node, so that no stretch runs across its seam, and has one in its leftmost point, where windings are anchored.
-// So have sharp turns: the segments of one that turns straight back may cover each other, as edges that have to be merged.
+// A loop starts at a node, so that no stretch runs across its seam, and has one in its leftmost point, where windings are
+// anchored. So have sharp turns: the segments of one that turns straight back may cover each other, as edges that have to be
+// merged.
 void MarkLoopNodes(std::span<const GridSegment> segments, Nodes& nodes) {
     std::size_t leftmost = 0;
     for (std::size_t i = 0; i < segments.size(); ++i) {
@@ -320,13 +325,16 @@ void PlanarGraph::MergeEqual(std::span<const Edge> edges) {
     for (const Edge& e : edges) grouped[group_end[e.low]++] = e;
 
     const auto is_plain = [](const Edge& e) { return e.up.first == e.up.last && e.down.first == e.down.last; };
-    const auto less = [&](const Edge& a, const Edge& b) { return a.high != b.high ? a.high < b.high : is_plain(a) < is_plain(b); };
+    const auto less = [&](const Edge& a, const Edge& b) {
+        return a.high != b.high ? a.high < b.high : is_plain(a) < is_plain(b);
+    };
     edges_.reserve(edges.size());
     for (std::size_t begin = 0, v = 0; v < points_.size(); begin = group_end[v++]) {
         const std::span<Edge> group = std::span(grouped).subspan(begin, group_end[v] - begin);
         if (group.size() > 1) std::sort(group.begin(), group.end(), less);
         for (const Edge& e : group) {
-            if (edges_.empty() || edges_.back().low != e.low || edges_.back().high != e.high || !is_plain(edges_.back()) || !is_plain(e)) {
+            if (edges_.empty() || edges_.back().low != e.low || edges_.back().high != e.high || !is_plain(edges_.back()) ||
+                !is_plain(e)) {
                 edges_.push_back(e);
                 continue;
             }

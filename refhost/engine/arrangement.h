@@ -39,10 +39,10 @@ struct Boundary {
 /// Boundary of the set of points around which closed chains of segments wind as `rule` asks. Each chain's segments follow each
 /// other in `segments`, and the last of a chain ends where its first starts.
 ///
-/// Snap rounding after Hobby, "Practical segment intersection with finite precision output" (Comput. Geom. 13, 1999): segment ends
-/// and rounded crossings become hot pixels, and every segment that passes through a hot pixel is bent to its centre. All tests are
-/// exact, so the result has no crossings left and every winding number is consistent; a point moves by less than a grid unit.
-/// Candidate pairs come from a hierarchy of boxes, and windings spread over the planar graph from one point per component:
+/// Snap rounding after Hobby, "Practical segment intersection with finite precision output" (Comput. Geom. 13, 1999): segment
+/// ends and rounded crossings become hot pixels, and every segment that passes through a hot pixel is bent to its centre. All
+/// tests are exact, so the result has no crossings left and every winding number is consistent; a point moves by less than a grid
+/// unit. Candidate pairs come from a hierarchy of boxes, and windings spread over the planar graph from one point per component:
 /// near-linear time in segments plus crossings.
 ///
 /// @throws std::bad_alloc when the crossings are too many to hold

@@ -17,7 +17,8 @@ struct GridBox {
         return left <= other.right && other.left <= right && top <= other.bottom && other.top <= bottom;
     }
     GridBox With(const GridBox& other) const {
-        return {std::min(left, other.left), std::min(top, other.top), std::max(right, other.right), std::max(bottom, other.bottom)};
+        return {std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
+                std::max(bottom, other.bottom)};
     }
 };
 
@@ -25,8 +26,8 @@ inline GridBox BoxOf(GridPoint a, GridPoint b) {
     return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
 }
 
-/// A static hierarchy over boxes in the order given: each node covers `kFanOut` consecutive nodes below it. Consecutive segments of
-/// an outline lie side by side, so this order needs no sorting to be a good one, and it adapts to any mixture of sizes.
+/// A static hierarchy over boxes in the order given: each node covers `kFanOut` consecutive nodes below it. Consecutive segments
+/// of an outline lie side by side, so this order needs no sorting to be a good one, and it adapts to any mixture of sizes.
 class BoxTree {
  public:
     explicit BoxTree(std::vector<GridBox> boxes) {
@@ -64,7 +65,9 @@ class BoxTree {
         return parents;
     }
 
-    std::size_t ChildEnd(std::size_t level, std::size_t node) const { return std::min((node + 1) * kFanOut, levels_[level - 1].size()); }
+    std::size_t ChildEnd(std::size_t level, std::size_t node) const {
+        return std::min((node + 1) * kFanOut, levels_[level - 1].size());
+    }
 
     template <class Visit>
     void PairsAmong(std::size_t level, std::size_t begin, std::size_t end, const Visit& visit) const {

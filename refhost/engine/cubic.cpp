@@ -8,9 +8,9 @@ namespace {
 
 constexpr double kNoLength = 1e-12;  // pixels; a control leg below it has no direction
 
-Point DirectionOf(std::array<Point, 3> candidates);                             // first one with a length, as unit vector
-Point Blossom(const Cubic& curve, double r, double s, double t);                // the curve's polar form
-std::vector<double> RisingRoots(const std::array<double, 4>& bernstein);        // in (0, 1), where the value turns positive
+Point DirectionOf(std::array<Point, 3> candidates);                       // first one with a length, as unit vector
+Point Blossom(const Cubic& curve, double r, double s, double t);          // the curve's polar form
+std::vector<double> RisingRoots(const std::array<double, 4>& bernstein);  // in (0, 1), where the value turns positive
 double BernsteinValue(const std::array<double, 4>& b, double t);
 double Bisect(const std::array<double, 4>& bernstein, double low, double high);  // sign change from negative to positive
 
@@ -25,7 +25,10 @@ Point EndTangent(const Cubic& c) { return DirectionOf({c.p3 - c.p2, c.p3 - c.p1,
 Point TangentAt(const Cubic& curve, double t) {
     if (t <= 0) return StartTangent(curve);
     if (t >= 1) return EndTangent(curve);
-    return DirectionOf({FirstDerivative(curve, t), SecondDerivative(curve, t), curve.p3 - curve.p0});
+    const Point first = FirstDerivative(curve, t);
+    const double speed = Length(first);
+    if (speed > kNoLength) return (1 / speed) * first;
+    return DirectionOf({first, SecondDerivative(curve, t), curve.p3 - curve.p0});
 }
 
 Cubic SubCurve(const Cubic& c, double u, double v) {
@@ -88,7 +91,8 @@ std::vector<double> RisingRoots(const std::array<double, 4>& b) {
     }
     std::vector<double> roots;
     for (std::size_t i = 0; i + 1 < knots.size(); ++i) {
-        if (BernsteinValue(b, knots[i]) < 0 && BernsteinValue(b, knots[i + 1]) > 0) roots.push_back(Bisect(b, knots[i], knots[i + 1]));
+        if (BernsteinValue(b, knots[i]) < 0 && BernsteinValue(b, knots[i + 1]) > 0)
+            roots.push_back(Bisect(b, knots[i], knots[i + 1]));
     }
     return roots;
 }

@@ -33,7 +33,8 @@ class Flattener {
 FlatChain Flatten(const OffsetChain& chain, double tolerance) { return Flattener(chain, tolerance).Flatten(); }
 
 GridPoint ToGrid(Point p) {
-    return {static_cast<std::int32_t>(std::floor(p.x * kGridUnitsPerPixel + 0.5)), static_cast<std::int32_t>(std::floor(p.y * kGridUnitsPerPixel + 0.5))};
+    return {static_cast<std::int32_t>(std::floor(p.x * kGridUnitsPerPixel + 0.5)),
+            static_cast<std::int32_t>(std::floor(p.y * kGridUnitsPerPixel + 0.5))};
 }
 
 namespace {

@@ -8,7 +8,7 @@
 
 namespace refhost {
 
-inline constexpr double kGridUnitsPerPixel = 8192;                                              // where chains are intersected
+inline constexpr double kGridUnitsPerPixel = 8192;                                        // where chains are intersected
 inline constexpr double kLargestGridPixel = kLargestGridCoordinate / kGridUnitsPerPixel;  // pixels from the origin, either way
 
 /// Which part of a chain a grid segment stands for.

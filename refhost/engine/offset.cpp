@@ -11,14 +11,14 @@
 namespace refhost {
 namespace {
 
-constexpr double kFitTolerance = 0.01;       // pixels, for curves fitted and for chords that find out what covers what
-constexpr double kRegionTolerance = 0.002;   // for the region itself: thinner parts of it may be taken for nothing
-constexpr double kStepTolerance = 0.005;     // the same where errors of several steps add up
-constexpr std::size_t kManyPieces = 300;     // an outline of more is offset in steps
-constexpr double kStepPieces = 4;            // length of a step, in mean pieces
-constexpr double kSpeckSize = 0.05;          // pixels; a contour smaller than this both ways is left out
-constexpr double kLargestInput = 1e9;        // pixels
-constexpr double kLongestMiter = 100;        // times the distance; longer ones are bevelled whatever the limit
+constexpr double kFitTolerance = 0.01;      // pixels, for curves fitted and for chords that find out what covers what
+constexpr double kRegionTolerance = 0.002;  // for the region itself: thinner parts of it may be taken for nothing
+constexpr double kStepTolerance = 0.005;    // the same where errors of several steps add up
+constexpr std::size_t kManyPieces = 300;    // an outline of more is offset in steps
+constexpr double kStepPieces = 4;           // length of a step, in mean pieces
+constexpr double kSpeckSize = 0.05;         // pixels; a contour smaller than this both ways is left out
+constexpr double kLargestInput = 1e9;       // pixels
+constexpr double kLongestMiter = 100;       // times the distance; longer ones are bevelled whatever the limit
 
 /// The placement in which the work is done: centred, and scaled down when the grid would not hold it otherwise.
 struct Placement {
@@ -82,14 +82,15 @@ Outline Resolved(const Outline& outline) {
     return RebuildCurves(chain, flat, boundary, kRegionTolerance);
 }
 
-// Growing by a and then by b is growing by a + b, and likewise for shrinking: sets of discs add up. A long way is gone in steps of a
-// few pieces' length each, because most of the outline's detail disappears on the first ones, before it can cross everything else.
-// Mitres and bevels do not add up like that.
+// Growing by a and then by b is growing by a + b, and likewise for shrinking: sets of discs add up. A long way is gone in steps
+// of a few pieces' length each, because most of the outline's detail disappears on the first ones, before it can cross everything
+// else. Mitres and bevels do not add up like that.
 Outline Offset(Outline outline, double distance, JoinStyle style) {
     double remaining = std::abs(distance);
     while (remaining > 0 && !outline.pieces.empty()) {
         const double piece = MeanPieceLength(outline);
-        const bool in_steps = style.join == OffsetJoin::kRound && outline.pieces.size() > kManyPieces && remaining > 2 * kStepPieces * piece;
+        const bool in_steps =
+            style.join == OffsetJoin::kRound && outline.pieces.size() > kManyPieces && remaining > 2 * kStepPieces * piece;
         const double step = in_steps ? kStepPieces * piece : remaining;
         const double tolerance = step == std::abs(distance) ? kFitTolerance : kStepTolerance;
         outline = OffsetOnce(outline, std::copysign(step, distance), style, tolerance);
@@ -125,7 +126,8 @@ std::vector<CurveContour> ToContours(const Outline& outline) {
         const std::span<const CurvePiece> loop = outline.Loop(i);
         if (IsSpeck(loop)) continue;
         CurveContour& contour = contours.emplace_back(CurveContour{loop.front().curve.p0, {}});
-        for (const CurvePiece& piece : loop) contour.segments.push_back({piece.curve.p1, piece.curve.p2, piece.curve.p3, piece.straight});
+        for (const CurvePiece& piece : loop)
+            contour.segments.push_back({piece.curve.p1, piece.curve.p2, piece.curve.p3, piece.straight});
     }
     return contours;
 }

@@ -14,8 +14,8 @@ ChainPiece Leg(Point from, Point to) { return {LineAsCubic(from, to), true, fals
 ChainPiece Spoke(Point from, Point to) { return {LineAsCubic(from, to), true, true, 0}; }
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kSmallGap = 0.01;       // pixels; parallels that end this close to each other need no join
-constexpr double kReversalSine = 0.1;    // a turn this close to 180 degrees has no reliable sign
+constexpr double kSmallGap = 0.01;            // pixels; parallels that end this close to each other need no join
+constexpr double kReversalSine = 0.1;         // a turn this close to 180 degrees has no reliable sign
 constexpr double kQuarterArcError = 2.73e-4;  // of the radius: deviation of the usual cubic for a quarter circle
 
 void AppendOffsetLoop(std::span<const CurvePiece> loop, double distance, JoinStyle style, double tolerance, OffsetChain& chain);
@@ -42,7 +42,8 @@ OffsetChain BuildOffsetChain(const Outline& outline, double distance, JoinStyle 
     return chain;
 }
 
-void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance, std::vector<ChainPiece>& out) {
+void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
+                std::vector<ChainPiece>& out) {
     const Point from = corner + distance * RightNormal(before);
     const Point to = corner + distance * RightNormal(after);
     if (from.x == to.x && from.y == to.y) return;
@@ -87,9 +88,9 @@ ChainPiece Parallel(const CurvePiece& piece, double distance, double tolerance) 
     return {piece.curve, false, false, distance};
 }
 
-// Where the outline turns almost straight back, rounding decides the sign of the turn. The sector on the offset's own side is then
-// always a right choice, as every such sector lies in the disc round the corner; treating the tip of a spike as concave would
-// leave a slit along it.
+// Where the outline turns almost straight back, rounding decides the sign of the turn. The sector on the offset's own side is
+// then always a right choice, as every such sector lies in the disc round the corner; treating the tip of a spike as concave
+// would leave a slit along it.
 double RoundJoinAngle(Point before, Point after, double distance) {
     const double angle = TurningAngle(before, after);
     const bool is_reversal = Dot(before, after) < 0 && std::abs(Cross(before, after)) < kReversalSine;
@@ -111,7 +112,8 @@ void AppendArc(Point centre, Point start_normal, double radius, double angle, do
                             start_normal.x * std::sin(turned) + start_normal.y * std::cos(turned)};
         const Point p0 = centre + radius * normal;
         const Point p3 = centre + radius * next;
-        out.push_back({{p0, p0 + handle * Point{-normal.y, normal.x}, p3 - handle * Point{-next.y, next.x}, p3}, false, false, 0});
+        out.push_back(
+            {{p0, p0 + handle * Point{-normal.y, normal.x}, p3 - handle * Point{-next.y, next.x}, p3}, false, false, 0});
         normal = next;
     }
 }

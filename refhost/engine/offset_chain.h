@@ -16,8 +16,8 @@ struct JoinStyle {
 struct ChainPiece {
     Cubic curve;
     bool straight;
-    bool scaffold;      // in the chain only to keep its winding numbers right; no part of a true offset lies on it
-    double distance;    // of the parallel; 0: the curve itself
+    bool scaffold;    // in the chain only to keep its winding numbers right; no part of a true offset lies on it
+    double distance;  // of the parallel; 0: the curve itself
 
     Point Start() const;
 };
@@ -30,8 +30,8 @@ using OffsetChain = PieceLoops<ChainPiece>;
 /// the number of times the point is covered by what the outline sweeps: a strip along each piece and a sector at each corner.
 /// When the outline winds 0 or 1 times around every point, the chain winds a positive number of times around exactly the points
 /// of the grown (shrunk) region. Two things keep every term of that sum from going negative: parallels never fold over (see
-/// `SampleClampedParallel`), and where the swept strips of two pieces overlap at a concave corner, the chain runs from one parallel
-/// to the corner itself and out again to the next.
+/// `SampleClampedParallel`), and where the swept strips of two pieces overlap at a concave corner, the chain runs from one
+/// parallel to the corner itself and out again to the next.
 ///
 /// Parallels of neighbouring pieces that end less than a hundredth of a pixel apart follow each other without a join.
 /// `outline` is regularised; `distance` and `tolerance` in pixels, the tolerance for parallels and arcs given as cubics.
@@ -43,6 +43,7 @@ OffsetChain ChainOf(const Outline& outline);
 
 /// Appends what connects the parallels of two pieces meeting at `corner`, whose unit directions there are `before` and `after`:
 /// from corner + distance * normal of `before` to corner + distance * normal of `after`. Nothing when the two coincide.
-void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance, std::vector<ChainPiece>& out);
+void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
+                std::vector<ChainPiece>& out);
 
 }  // namespace refhost

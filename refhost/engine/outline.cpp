@@ -8,10 +8,10 @@
 namespace refhost {
 namespace {
 
-constexpr double kShortPiece = 1e-4;     // pixels; a piece whose control points stay this close together is dropped
-constexpr double kShortHandle = 2e-3;    // pixels; the direction of a shorter control leg is noise of single-precision input
-constexpr double kStraightness = 1e-4;   // pixels a control point of a straight piece may lie beside its chord
-constexpr double kCuspSpeed = 1e-3;      // of the control polygon's length; a slower interior point is treated as a cusp
+constexpr double kShortPiece = 1e-4;    // pixels; a piece whose control points stay this close together is dropped
+constexpr double kShortHandle = 2e-3;   // pixels; the direction of a shorter control leg is noise of single-precision input
+constexpr double kStraightness = 1e-4;  // pixels a control point of a straight piece may lie beside its chord
+constexpr double kCuspSpeed = 1e-3;     // of the control polygon's length; a slower interior point is treated as a cusp
 
 /// Collects the subpaths of an engine path.
 class PathReader {
@@ -123,9 +123,15 @@ void PathReader::Enter(std::size_t index) {
             start_ = current_ = FinitePoint(index);
             has_point_ = true;
             return;
-        case kPIVLine: RequireCurrentPoint(); return AddLine(FinitePoint(index));
-        case kPIVCurve: RequireCurrentPoint(); return AddCurve(index);
-        case kPIVClose: RequireCurrentPoint(); return ClosePath();
+        case kPIVLine:
+            RequireCurrentPoint();
+            return AddLine(FinitePoint(index));
+        case kPIVCurve:
+            RequireCurrentPoint();
+            return AddCurve(index);
+        case kPIVClose:
+            RequireCurrentPoint();
+            return ClosePath();
     }
     throw EngineError{&kErrorBadPath};
 }

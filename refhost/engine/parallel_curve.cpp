@@ -11,23 +11,23 @@ namespace {
 constexpr double kSameTangent = 1e-9;
 
 // ---- Calm curves.
-constexpr int kCalmSamples = 4;     // interior points at which the direct construction is judged
-constexpr double kCalmTurn = 0.9;   // sine of the largest turn between control legs
-constexpr double kCalmLegs = 3;     // the control legs differ by at most this factor
+constexpr int kCalmSamples = 4;    // interior points at which the direct construction is judged
+constexpr double kCalmTurn = 0.9;  // sine of the largest turn between control legs
+constexpr double kCalmLegs = 3;    // the control legs differ by at most this factor
 
 // ---- Sampling.
-constexpr int kMaxSampleDepth = 14;      // halvings between two knots
-constexpr double kFinestChord = 0.25;    // tolerances; a shorter chord is not divided, whatever it turns
-constexpr double kSampleTurn = 0.6;      // radians a chord of the parallel may turn
-constexpr double kClampedTurn = 0.3;     // and a chord of the evolute, which only has to be roughly right
+constexpr int kMaxSampleDepth = 14;    // halvings between two knots
+constexpr double kFinestChord = 0.25;  // tolerances; a shorter chord is not divided, whatever it turns
+constexpr double kSampleTurn = 0.6;    // radians a chord of the parallel may turn
+constexpr double kClampedTurn = 0.3;   // and a chord of the evolute, which only has to be roughly right
 
 // ---- Fitting.
-constexpr int kFineSteps = 16;           // samples that measure length and turning of one stretch
-constexpr int kFitSamples = 9;           // interior points the fit is judged at
-constexpr int kFitRounds = 5;            // Gauss-Newton rounds; the fit has settled after three or four
-constexpr double kMaxTurn = 1.75;        // radians one cubic may turn; the fit degrades quickly beyond
-constexpr int kMaxFitDepth = 14;         // halvings of one stretch
-constexpr double kShortStretch = 1e-3;   // pixels; a parallel that stays this short is a line
+constexpr int kFineSteps = 16;          // samples that measure length and turning of one stretch
+constexpr int kFitSamples = 9;          // interior points the fit looks at
+constexpr int kFitRounds = 5;           // Gauss-Newton rounds; the fit has settled after three or four
+constexpr double kMaxTurn = 1.75;       // radians one cubic may turn; the fit degrades quickly beyond
+constexpr int kMaxFitDepth = 14;        // halvings of one stretch
+constexpr double kShortStretch = 1e-3;  // pixels; a parallel that stays this short is a line
 
 double Growth(const Cubic& curve, double distance, double t);
 /// Samples the clamped parallel of one curve, finer where it turns.
@@ -197,7 +197,8 @@ void ParallelSampler::AppendBetween(const Probe& low, const Probe& high, int dep
 
 // A chord of length l that turns by a deviates by at most l a / 8.
 bool ParallelSampler::IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const {
-    const double chord = Distance(low.sample.position, middle.sample.position) + Distance(middle.sample.position, high.sample.position);
+    const double chord =
+        Distance(low.sample.position, middle.sample.position) + Distance(middle.sample.position, high.sample.position);
     if (chord < kFinestChord * tolerance_) return true;
     const double turn = Length(middle.tangent - low.tangent) + Length(high.tangent - middle.tangent);
     const int clamped = low.sample.is_clamped + middle.sample.is_clamped + high.sample.is_clamped;
@@ -206,7 +207,8 @@ bool ParallelSampler::IsFineEnough(const Probe& low, const Probe& middle, const 
 }
 
 void ParallelFitter::Append(double from, double to, int depth) {
-    if (const std::optional<Cubic> calm = CalmParallel(SubCurve(curve_, from, to), backwards_ ? -distance_ : distance_, tolerance_)) {
+    if (const std::optional<Cubic> calm =
+            CalmParallel(SubCurve(curve_, from, to), backwards_ ? -distance_ : distance_, tolerance_)) {
         return out_.push_back({*calm, false});
     }
     FineSamples fine;
@@ -215,7 +217,8 @@ void ParallelFitter::Append(double from, double to, int depth) {
         if (const std::optional<Cubic> fit = Fit(fine)) return out_.push_back({*fit, false});
     }
     const Point start = fine.front().position;
-    const bool is_short = std::all_of(fine.begin(), fine.end(), [&](const FitSample& s) { return Distance(s.position, start) < kShortStretch; });
+    const bool is_short =
+        std::all_of(fine.begin(), fine.end(), [&](const FitSample& s) { return Distance(s.position, start) < kShortStretch; });
     if (is_short || depth == kMaxFitDepth) return out_.push_back(StraightPiece(start, fine.back().position));
     const double middle = ParameterAtProgress(fine, 0.5);
     Append(from, middle, depth + 1);
@@ -240,7 +243,8 @@ double ParallelFitter::Measure(double from, double to, FineSamples& samples) con
     }
     const double whole_length = std::max(length.back(), std::numeric_limits<double>::min());
     const double whole_turn = std::max(turn.back(), kSameTangent);
-    for (std::size_t i = 0; i < samples.size(); ++i) samples[i].progress = 0.5 * (length[i] / whole_length + turn[i] / whole_turn);
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        samples[i].progress = 0.5 * (length[i] / whole_length + turn[i] / whole_turn);
     return turn.back();
 }
 
@@ -280,7 +284,8 @@ std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
 }
 
 double ParameterAtProgress(std::span<const FitSample> fine, double progress) {
-    const auto after = std::upper_bound(fine.begin() + 1, fine.end() - 1, progress, [](double p, const FitSample& s) { return p < s.progress; });
+    const auto after =
+        std::upper_bound(fine.begin() + 1, fine.end() - 1, progress, [](double p, const FitSample& s) { return p < s.progress; });
     const FitSample& high = *after;
     const FitSample& low = *(after - 1);
     const double step = high.progress - low.progress;
@@ -299,9 +304,10 @@ void FindOnNormal(const Cubic& curve, const FitSample& sample, int rounds, doubl
 }
 
 // One Gauss-Newton round on the deviations along the normals. The handle lengths enter the curve linearly, through the two inner
-// Bernstein polynomials. False when nothing is left to improve: the curve is within `slack` already, or the handles do not matter,
-// as on a straight parallel.
-bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds, double slack) {
+// Bernstein polynomials. False when nothing is left to improve: the curve is within `slack` already, or the handles do not
+// matter, as on a straight parallel.
+bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds,
+                    double slack) {
     const Cubic curve = fit.Curve();
     double aa = 0, ab = 0, bb = 0, ae = 0, be = 0, worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -325,7 +331,7 @@ bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::s
 double WorstDeviation(const Cubic& curve, std::span<const FitSample> samples, std::span<double> parameters) {
     double worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        FindOnNormal(curve, samples[i], 3, parameters[i]);
+        FindOnNormal(curve, samples[i], 2, parameters[i]);
         worst = std::max(worst, Distance(Evaluate(curve, parameters[i]), samples[i].position));
     }
     return worst;

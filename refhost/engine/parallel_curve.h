@@ -7,8 +7,8 @@
 
 namespace refhost {
 
-// The parallel of a curve at a signed distance d: c(t) + d n(t), n the normal to the right-hand side. All lengths in pixels; curves
-// are regularised (see `Regularised`).
+// The parallel of a curve at a signed distance d: c(t) + d n(t), n the normal to the right-hand side. All lengths in pixels;
+// curves are regularised (see `Regularised`).
 //
 // After Tiller & Hanson, "Offsets of two-dimensional profiles" (IEEE CG&A 1984), for the parallel as curves of the same kind, and
 // Hoschek, "Spline approximation of offset curves" (CAGD 1988), for end tangents kept and handle lengths found by least squares.
@@ -33,10 +33,10 @@ struct ParallelSample {
 /// Appends samples from t = 0 to t = 1 of the clamped parallel, whose chords are within `tolerance` of it
 /// and follow its turns. A distance of 0 samples the curve itself.
 ///
-/// Where the curve bends towards the offset side more tightly than the distance, the parallel runs backwards. That stretch can never
-/// bound the swept region; there the clamped parallel follows the evolute (the centres of curvature) instead. The strip between it
-/// and the curve is then swept without folding over, which is what lets winding numbers count how often a point is covered. The
-/// first and the last sample always lie at the full distance.
+/// Where the curve bends towards the offset side more tightly than the distance, the parallel runs backwards. That stretch can
+/// never bound the swept region; there the clamped parallel follows the evolute (the centres of curvature) instead. The strip
+/// between it and the curve is then swept without folding over, which is what lets winding numbers count how often a point is
+/// covered. The first and the last sample always lie at the full distance.
 void SampleClampedParallel(const Cubic& curve, double distance, double tolerance, std::vector<ParallelSample>& out);
 
 /// Appends connected cubics within about `tolerance` of the parallel from parameter `from` to `to`, either of which may be the

@@ -8,33 +8,35 @@
 namespace refhost {
 namespace {
 
-constexpr double kShortRun = 0.003;      // pixels; a run of edges this short is an accident of rounding
+constexpr double kShortRun = 0.003;     // pixels; a run of edges this short is an accident of rounding
 constexpr double kWeldDistance = 0.01;  // pixels; ends this close meet half-way, others are connected by a line
-constexpr double kCrossingReach = 5;     // flattening tolerances a crossing of curves may lie from that of their chords, over the
-                                         // sine of the angle between them
-constexpr double kLongestReach = 1;      // pixels
+constexpr double kCrossingReach = 5;    // flattening tolerances a crossing of curves may lie from that of their chords, over the
+                                        // sine of the angle between them
+constexpr double kLongestReach = 1;     // pixels
 constexpr double kScaffoldShare = 0.2;  // of a loop's length; true loops have no scaffold in them but for rounding at cusps
-constexpr double kParallel = 1e-4;       // sine of the angle between curves that do not count as crossing
+constexpr double kParallel = 1e-4;      // sine of the angle between curves that do not count as crossing
 constexpr double kSamePoint = 1e-6;     // pixels
 constexpr int kNewtonRounds = 8;
+constexpr int kChordRounds = 8;
 
 /// Consecutive boundary edges along one piece.
 struct Run {
     std::uint32_t piece;
     bool scaffold;
-    double from, to;    // parameters; to < from when the boundary runs against the piece
+    double from, to;  // parameters; to < from when the boundary runs against the piece
     GridPoint start;
-    double length;      // grid units
+    double length;  // grid units
 };
 
 /// Where one run ends and the next begins.
 struct Junction {
-    Point end, start;   // the same point unless a line has to connect them
+    Point end, start;  // the same point unless a line has to connect them
 };
 
 class LoopRebuilder {
  public:
-    LoopRebuilder(const OffsetChain& chain, const FlatChain& flat, double tolerance) : chain_(chain), flat_(flat), tolerance_(tolerance) {}
+    LoopRebuilder(const OffsetChain& chain, const FlatChain& flat, double tolerance)
+        : chain_(chain), flat_(flat), tolerance_(tolerance) {}
 
     void Append(std::span<const BoundaryEdge> loop, Outline& result);
 
@@ -82,11 +84,13 @@ void LoopRebuilder::Append(std::span<const BoundaryEdge> loop, Outline& result) 
     if (IsRoundingSliver()) return;
     DropAccidentalRuns();
     junctions_.clear();
-    for (std::size_t i = 0; i < runs_.size(); ++i) junctions_.push_back(Connect(runs_[i == 0 ? runs_.size() - 1 : i - 1], runs_[i]));
+    for (std::size_t i = 0; i < runs_.size(); ++i)
+        junctions_.push_back(Connect(runs_[i == 0 ? runs_.size() - 1 : i - 1], runs_[i]));
     for (std::size_t i = 0; i < runs_.size(); ++i) {
         const Junction& ahead = junctions_[i + 1 == runs_.size() ? 0 : i + 1];
         AppendRun(runs_[i], junctions_[i].start, ahead.end, result);
-        if (ahead.end.x != ahead.start.x || ahead.end.y != ahead.start.y) result.pieces.push_back(StraightPiece(ahead.end, ahead.start));
+        if (ahead.end.x != ahead.start.x || ahead.end.y != ahead.start.y)
+            result.pieces.push_back(StraightPiece(ahead.end, ahead.start));
     }
     result.CloseLoop();
 }
@@ -124,18 +128,39 @@ bool LoopRebuilder::Continues(const BoundaryEdge& edge, const BoundaryEdge& next
     return next.from == (edge.reversed ? s.from : s.to);
 }
 
+// Where the piece passes the point, as seen along the chord. The speed of a parallel changes quickly near a cusp, so the share of
+// the chord is only the first guess; false position, halving the value of the end that stays, finds the parameter.
 double LoopRebuilder::ParameterAt(std::uint32_t segment, GridPoint p) const {
     const GridSegment& s = flat_.segments[segment];
     const SegmentSource& source = flat_.sources[segment];
     if (p == s.from) return source.from;
     if (p == s.to) return source.to;
-    const Point start = FromGrid(s.from);
-    const Point span = FromGrid(s.to) - start;
-    const double fraction = std::clamp(Dot(FromGrid(p) - start, span) / Dot(span, span), 0.0, 1.0);
-    return source.from + (source.to - source.from) * fraction;
+    const ChainPiece& piece = chain_.pieces[source.piece];
+    const Point target = FromGrid(p);
+    const Point span = FromGrid(s.to) - FromGrid(s.from);
+    double low = source.from, high = source.to;
+    double short_of = Dot(FromGrid(s.from) - target, span);  // negative at `low`
+    double beyond = Dot(FromGrid(s.to) - target, span);      // positive at `high`
+    double t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
+    for (int round = 0; round < kChordRounds && !piece.straight; ++round) {
+        const double ahead = Dot(PointOn(piece, t) - target, span);
+        if (ahead == 0) break;
+        if (ahead < 0) {
+            low = t;
+            short_of = ahead;
+            beyond *= 0.5;
+        } else {
+            high = t;
+            beyond = ahead;
+            short_of *= 0.5;
+        }
+        t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
+    }
+    return t;
 }
 
-// Where a swept strip is thinner than the rounding of its corners it may turn over, which can leave a slit with a scaffold along it.
+// Where a swept strip is thinner than the rounding of its corners it may turn over, which can leave a slit with a scaffold along
+// it.
 bool LoopRebuilder::IsRoundingSliver() const {
     double whole = 0;
     double scaffold = 0;
@@ -149,7 +174,8 @@ bool LoopRebuilder::IsRoundingSliver() const {
 // What remains of such slits on other loops goes too, and runs as short as the rounding itself.
 void LoopRebuilder::DropAccidentalRuns() {
     const auto is_kept = [&](const Run& run) { return run.length > kShortRun * kGridUnitsPerPixel && !run.scaffold; };
-    if (std::count_if(runs_.begin(), runs_.end(), is_kept) >= 2) std::erase_if(runs_, [&](const Run& run) { return !is_kept(run); });
+    if (std::count_if(runs_.begin(), runs_.end(), is_kept) >= 2)
+        std::erase_if(runs_, [&](const Run& run) { return !is_kept(run); });
 }
 
 Junction LoopRebuilder::Connect(Run& before, Run& after) const {

@@ -20,9 +20,9 @@ struct ShapeSegments {
 /// for less than two vertices.
 ShapeSegments SegmentsOf(const DY_Shape& shape);
 
-/// The closed outline of `segments`, a straight leg closing an open one, as strips short enough for contours at up to `reach`
-/// pixels from it. Where `knots` give radius r, contours lie from `expansion` + min(r, 0) to `expansion` + max(r, 0); between the
-/// knots r changes evenly in arc length.
+/// The closed outline of `segments`, a straight leg closing an open one, as strips short enough for its contours. Where `knots`
+/// give radius r, contours lie from `expansion` + min(r, 0) to `expansion` + max(r, 0); between knots r changes evenly in arc
+/// length.
 std::vector<OutlineStrip> FeatherStrips(const ShapeSegments& segments, std::span<const FeatherKnot> knots, double expansion);
 
 }  // namespace refhost

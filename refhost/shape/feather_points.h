@@ -15,7 +15,8 @@ struct FeatherPoint {
     friend bool operator==(const FeatherPoint&, const FeatherPoint&) = default;
 };
 
-/// Replaces the shape's feather points; they are kept sorted by position.
+/// Replaces the shape's feather points; they are kept sorted by position, those with a NaN or
+/// infinite number left out.
 VRL_HOST_API void SetFeatherPoints(DY_Shape& shape, std::vector<FeatherPoint> points);
 /// Borrowed until they are replaced.
 VRL_HOST_API std::span<const FeatherPoint> FeatherPointsOf(const DY_Shape& shape);

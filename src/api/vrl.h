@@ -39,8 +39,8 @@ VRL_API std::int32_t VRL_MaskWithShape(const DY_Shape* shape, const VRL_MaskPara
 VRL_API std::int32_t VRL_MaskWithWorld(const DY_Shape* shape, const VRL_MaskParams* params, GW_LayerDef* layer, M_LRect* touched);
 
 /// Moves the outline of `shape` inwards by `distance` pixels, outwards when it is negative, and appends what is left to
-/// `shapes`: one new shape for every piece, none when nothing is left. Distances are measured with pixels `pixel_aspect`
-/// as wide as high; it must not be 0. Corners are joined round. The list keeps what it held.
+/// `shapes`: one new shape for every piece, none when nothing is left. One unit of distance spans `pixel_aspect` (not 0)
+/// pixels across and one down. Corners are joined round. The list keeps what it held.
 /// @throws int, CNUBError, QELException, std::bad_alloc  as the host and its engine fail
 VRL_API void VRL_InsetShape(const DY_Shape& shape, bool quality, double distance, double pixel_aspect,
                             std::vector<boost::shared_ptr<DY_Shape>>& shapes);

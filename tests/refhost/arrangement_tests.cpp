@@ -1,11 +1,11 @@
-#include "refhost/engine/arrangement.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <random>
 #include <set>
+
+#include "refhost/engine/arrangement.h"
 
 namespace refhost {
 namespace {
@@ -42,7 +42,9 @@ std::multiset<double> Areas(const Boundary& boundary) {
     return areas;
 }
 
-std::multiset<double> Areas(const std::vector<Loop>& loops, WindingRule rule) { return Areas(FindBoundary(Segments(loops), rule)); }
+std::multiset<double> Areas(const std::vector<Loop>& loops, WindingRule rule) {
+    return Areas(FindBoundary(Segments(loops), rule));
+}
 
 using Expected = std::multiset<double>;
 constexpr auto kPositive = WindingRule::kPositive;
@@ -63,7 +65,8 @@ TEST(Arrangement, UnionsOfSquaresWorkedByHand) {
 TEST(Arrangement, OutlinesThatCoverThemselvesCancelOrCountOnce) {
     EXPECT_EQ(Areas({{{0, 0}, {10, 4}}}, kNonZero), Expected({})) << "there and back";
     EXPECT_EQ(Areas({{{0, 0}, {20, 0}, {10, 0}}}, kNonZero), Expected({})) << "back over a part";
-    EXPECT_EQ(Areas({{{0, 0}, {10, 0}, {10, 10}, {20, 20}, {10, 10}, {0, 10}}}, kPositive), Expected({100})) << "a spike without width";
+    EXPECT_EQ(Areas({{{0, 0}, {10, 0}, {10, 10}, {20, 20}, {10, 10}, {0, 10}}}, kPositive), Expected({100}))
+        << "a spike without width";
     EXPECT_EQ(Areas({{{0, 0}, {10, 10}, {10, 0}, {0, 10}}}, kNonZero), Expected({25, 25})) << "a bow tie";
     EXPECT_EQ(Areas({{{0, 0}, {10, 10}, {10, 0}, {0, 10}}}, kPositive), Expected({25})) << "one wing runs the other way";
 }
@@ -80,7 +83,8 @@ TEST(Arrangement, EdgesNameTheSegmentTheyComeFrom) {
             const bool runs_along = (to.x - from.x) * (s.to.x - s.from.x) + (to.y - from.y) * (s.to.y - s.from.y) > 0;
             EXPECT_NE(runs_along, boundary.edges[i].reversed);
             for (const GridPoint p : {from, to}) {
-                EXPECT_EQ((p.x - s.from.x) * (s.to.y - s.from.y), (p.y - s.from.y) * (s.to.x - s.from.x)) << "on the segment's line";
+                EXPECT_EQ((p.x - s.from.x) * (s.to.y - s.from.y), (p.y - s.from.y) * (s.to.x - s.from.x))
+                    << "on the segment's line";
             }
         }
         begin = end;
@@ -116,8 +120,8 @@ bool Cross(const GridSegment& a, const GridSegment& b) {
     return differ(Side(a, b.from), Side(a, b.to)) && differ(Side(b, a.from), Side(b, a.to));
 }
 
-// On a grid this small, hot pixels and coincidences are everywhere. The boundary must wind once round what is inside and not at all
-// round the rest (away from edges that snapping may have moved), and no two of its edges may cross.
+// On a grid this small, hot pixels and coincidences are everywhere. The boundary must wind once round what is inside and not at
+// all round the rest (away from edges that snapping may have moved), and no two of its edges may cross.
 TEST(Arrangement, RandomTanglesOnCoarseGridsComeOutClean) {
     std::mt19937 random(7);
     for (int round = 0; round < 1500; ++round) {
@@ -155,7 +159,8 @@ TEST(Arrangement, RandomTanglesOnCoarseGridsComeOutClean) {
             };
             if (std::any_of(segments.begin(), segments.end(), is_near)) continue;
             const int source = SlowWinding(segments, x, y);
-            ASSERT_EQ(winding == 1, rule == kPositive ? source > 0 : source != 0) << "round " << round << " at " << x << ", " << y;
+            ASSERT_EQ(winding == 1, rule == kPositive ? source > 0 : source != 0)
+                << "round " << round << " at " << x << ", " << y;
         }
         for (const GridSegment& one : edges) {
             for (const GridSegment& other : edges) ASSERT_FALSE(Cross(one, other)) << "round " << round;

@@ -247,6 +247,11 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
         expect_edge(Contour(maker, 0), {90, 53.99}, {90, 54.01});
         expect_edge(Contour(maker, 0), {90, 0.01}, {90, -0.01});
     }
+    {  // Through 0 within one edge: there the contours meet.
+        const auto shape = ShapeOf(rectangle, {{0, -36}, {1, 36}, {2, 0}});
+        const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
+        for (const double fraction : {0.1, 0.9}) expect_edge(Contour(maker, fraction), {90, 0.01}, {90, -0.01});
+    }
     {  // One radius and an expansion: corners are round outside and sharp inside.
         const auto shape = ShapeOf(rectangle, {{1.5, 30}});
         const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, -10);
@@ -270,6 +275,38 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
         const Contour whole(maker, 1);
         expect_edge(whole, {109.9, 50}, {110.1, 50});
         expect_edge(whole, {-29.9, 50}, {-30.1, 50});
+    }
+}
+
+// The outline turns straight back at the tip of a needle; which way, only rounding tells.
+TEST(FeatherContour, TipsOfNeedlesAreRound) {
+    for (int i = 0; i < 24; ++i) {
+        const double angle = i * std::numbers::pi / 12 + 0.1;
+        const auto turned = [&](double x, double y) -> Point {
+            return {x * std::cos(angle) - y * std::sin(angle), x * std::sin(angle) + y * std::cos(angle)};
+        };
+        // A needle with its tip at the origin, alone or cut out of a block round it.
+        for (const bool is_notch : {false, true}) {
+            const double foot = is_notch ? 50 : 80;
+            const Point start = turned(-foot, -10), end = turned(-foot, 10), handle = turned(-30, 0);
+            PathBuilder path;
+            path.Move(start.x, start.y)
+                .Curve(handle.x, handle.y, handle.x, handle.y, 0, 0)
+                .Curve(handle.x, handle.y, handle.x, handle.y, end.x, end.y);
+            for (const Point p : {turned(-50, 60), turned(60, 60), turned(60, -60), turned(-50, -60)}) {
+                if (is_notch) path.Line(p.x, p.y);
+            }
+            const auto shape = ShapeOf(path.Line(start.x, start.y).Close(), {});
+            const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, is_notch ? -20.0F : 20.0F);
+            const Contour contour(maker, 0);
+            for (int k = -4; k <= 4; ++k) {
+                const double side = k * std::numbers::pi / 9;
+                const Point near = turned(19.8 * std::cos(side), 19.8 * std::sin(side));
+                const Point far = turned(20.2 * std::cos(side), 20.2 * std::sin(side));
+                EXPECT_EQ(contour.Covers(near), !is_notch) << i << " " << k;
+                EXPECT_EQ(contour.Covers(far), is_notch) << i << " " << k;
+            }
+        }
     }
 }
 

@@ -5,13 +5,18 @@
 
 #include "refhost/services/faults.h"
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return refhost::AllocationFails() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
 void* operator new(std::size_t size) {
-    void* block = refhost::AllocationFails() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    void* block = operator new(size, std::nothrow);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
 void operator delete(void* block) noexcept { std::free(block); }
 void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+
+void operator delete(void* block, const std::nothrow_t&) noexcept { std::free(block); }
 
 // A sanitizer's own array forms would not come through the above.
 void* operator new[](std::size_t size) { return operator new(size); }

@@ -1,4 +1,4 @@
-#include "support/offset_distance.h"
+#include "tests/support/offset_distance.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,7 +32,8 @@ double DistanceTo(const Segment& s, Point p) {
 }
 
 void AppendChords(Point a, Point b, Point c, Point d, double tolerance, std::vector<Segment>& out) {
-    const double bend = std::max(std::hypot(a.x - 2 * b.x + c.x, a.y - 2 * b.y + c.y), std::hypot(b.x - 2 * c.x + d.x, b.y - 2 * c.y + d.y));
+    const double bend =
+        std::max(std::hypot(a.x - 2 * b.x + c.x, a.y - 2 * b.y + c.y), std::hypot(b.x - 2 * c.x + d.x, b.y - 2 * c.y + d.y));
     const int steps = std::max(1, static_cast<int>(std::ceil(std::sqrt(0.75 * bend / tolerance))));
     Point last = a;
     for (int i = 1; i <= steps; ++i) {
@@ -47,7 +48,9 @@ void AppendChords(Point a, Point b, Point c, Point d, double tolerance, std::vec
 std::vector<Segment> SourceChords(const PathView& path) {
     std::vector<Segment> out;
     Point start{}, current{};
-    const auto at = [&](std::size_t i) { return Point{static_cast<double>(path.points[i].x), static_cast<double>(path.points[i].y)}; };
+    const auto at = [&](std::size_t i) {
+        return Point{static_cast<double>(path.points[i].x), static_cast<double>(path.points[i].y)};
+    };
     for (std::size_t i = 0; i < path.Size(); ++i) {
         switch (path.operators[i]) {
             case kPIVMove:
@@ -126,7 +129,8 @@ SegmentField::SegmentField(std::vector<Segment> segments) : segments_(std::move(
         for (int r = Row(std::min(s.from.y, s.to.y)); r <= Row(std::max(s.from.y, s.to.y)); ++r) {
             by_row_[static_cast<std::size_t>(r)].push_back(i);
             for (int c = Column(std::min(s.from.x, s.to.x)); c <= Column(std::max(s.from.x, s.to.x)); ++c) {
-                buckets_[static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(c)].push_back(i);
+                buckets_[static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(c)]
+                    .push_back(i);
             }
         }
     }
@@ -150,7 +154,8 @@ SegmentField::Box SegmentField::BuildBox(std::size_t node, std::size_t begin, st
         for (std::size_t i = begin; i < end; ++i) add(segments_[i].from), add(segments_[i].to);
     } else {
         const std::size_t middle = (begin + end) / 2;
-        for (const Box& half : {BuildBox(2 * node, begin, middle), BuildBox(2 * node + 1, middle, end)}) add(half.low), add(half.high);
+        for (const Box& half : {BuildBox(2 * node, begin, middle), BuildBox(2 * node + 1, middle, end)})
+            add(half.low), add(half.high);
     }
     return boxes_[node] = box;
 }
@@ -295,7 +300,8 @@ OffsetErrors MeasureOffset(const PathView& source, double distance, const std::v
     }
     std::mt19937 random(1);
     std::uniform_real_distribution<double> unit(-0.05, 1.05);
-    for (int i = 0; i < 1000 && low.x < high.x; ++i) probe({low.x + unit(random) * (high.x - low.x), low.y + unit(random) * (high.y - low.y)});
+    for (int i = 0; i < 1000 && low.x < high.x; ++i)
+        probe({low.x + unit(random) * (high.x - low.x), low.y + unit(random) * (high.y - low.y)});
     return errors;
 }
 

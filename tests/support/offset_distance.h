@@ -66,7 +66,8 @@ struct OffsetErrors {
     int wrong_windings = 0;  // probes that wind neither 0 nor 1, or are on the wrong side by more than 0.05 px
 };
 
-/// Probes beside the outline, clear of it by 0.01 px or more, around which it winds neither 0 nor 1 times: where it overlaps itself.
+/// Probes beside the outline, clear of it by 0.01 px or more, around which it winds neither 0 nor 1 times: where it overlaps
+/// itself.
 int CountOverlaps(const std::vector<refhost::CurveContour>& contours);
 
 OffsetErrors MeasureOffset(const refhost::PathView& source, double distance, const std::vector<refhost::CurveContour>& result);

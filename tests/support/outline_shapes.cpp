@@ -1,4 +1,4 @@
-#include "support/outline_shapes.h"
+#include "tests/support/outline_shapes.h"
 
 #include <cmath>
 #include <numbers>
@@ -10,7 +10,9 @@ using refhost::Point;
 constexpr double kTwoPi = 2 * std::numbers::pi;
 
 float Narrow(double value) { return static_cast<float>(value); }
-double Uniform(std::mt19937& random, double low, double high) { return std::uniform_real_distribution<double>(low, high)(random); }
+double Uniform(std::mt19937& random, double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(random);
+}
 Point OnCircle(double radius, double angle) { return {radius * std::cos(angle), radius * std::sin(angle)}; }
 
 /// Points round a circle whose radius swings in several waves at once.
@@ -25,7 +27,8 @@ std::vector<Point> WavyRing(int count, double radius, double swing, int waves, s
     for (int i = 0; i < count; ++i) {
         const double angle = kTwoPi * i / count;
         double wave = 0;
-        for (int k = 1; k <= waves; ++k) wave += weight[static_cast<std::size_t>(k - 1)] * std::sin(k * angle + phase[static_cast<std::size_t>(k - 1)]);
+        for (int k = 1; k <= waves; ++k)
+            wave += weight[static_cast<std::size_t>(k - 1)] * std::sin(k * angle + phase[static_cast<std::size_t>(k - 1)]);
         points.push_back(OnCircle(radius * (1 + swing * wave), angle));
     }
     return points;
@@ -41,7 +44,8 @@ PathBuilder& PathBuilder::Add(PIVPointType type, double x, double y) {
 
 PathBuilder& PathBuilder::Close() {
     std::size_t start = operators.size();
-    while (operators[--start] != kPIVMove) {}
+    while (operators[--start] != kPIVMove) {
+    }
     return Add(kPIVClose, static_cast<double>(points[start].x), static_cast<double>(points[start].y));
 }
 
@@ -88,7 +92,8 @@ PathBuilder Smooth(const std::vector<Point>& p) {
     path.Move(p[0].x, p[0].y);
     for (std::size_t i = 0; i < n; ++i) {
         const Point before = p[(i + n - 1) % n], a = p[i], b = p[(i + 1) % n], after = p[(i + 2) % n];
-        path.Curve(a.x + (b.x - before.x) / 6, a.y + (b.y - before.y) / 6, b.x - (after.x - a.x) / 6, b.y - (after.y - a.y) / 6, b.x, b.y);
+        path.Curve(a.x + (b.x - before.x) / 6, a.y + (b.y - before.y) / 6, b.x - (after.x - a.x) / 6, b.y - (after.y - a.y) / 6,
+                   b.x, b.y);
     }
     return path.Close();
 }
@@ -111,8 +116,17 @@ PathBuilder RoundedRectangle(double l, double t, double r, double b, double radi
 
 PathBuilder Letter() {
     PathBuilder path;
-    path.Move(10, 10).Line(120, 10).Curve(175, 10, 195, 40, 195, 70).Curve(195, 95, 180, 112, 150, 120).Curve(160, 126, 168, 140, 176, 158);
-    path.Line(190, 190).Curve(194, 200, 200, 204, 212, 206).Line(212, 214).Line(160, 214).Line(128, 146).Curve(122, 132, 116, 126, 100, 126);
+    path.Move(10, 10)
+        .Line(120, 10)
+        .Curve(175, 10, 195, 40, 195, 70)
+        .Curve(195, 95, 180, 112, 150, 120)
+        .Curve(160, 126, 168, 140, 176, 158);
+    path.Line(190, 190)
+        .Curve(194, 200, 200, 204, 212, 206)
+        .Line(212, 214)
+        .Line(160, 214)
+        .Line(128, 146)
+        .Curve(122, 132, 116, 126, 100, 126);
     path.Line(78, 126).Line(78, 186).Curve(78, 200, 84, 204, 100, 206).Line(100, 214).Line(10, 214).Line(10, 206);
     path.Curve(26, 204, 32, 200, 32, 186).Line(32, 38).Curve(32, 24, 26, 20, 10, 18).Close();
     path.Move(78, 24).Line(78, 112).Line(104, 112).Curve(134, 112, 148, 96, 148, 68).Curve(148, 40, 134, 24, 106, 24).Close();
@@ -126,7 +140,8 @@ PathBuilder Blob(int vertices, double radius, std::uint32_t seed) {
 PathBuilder Traced(int vertices, std::uint32_t seed) {
     std::vector<Point> ring = WavyRing(vertices, 0.4 * vertices / 2, 0.1, std::max(3, vertices / 60), seed);
     std::mt19937 random(seed);
-    for (Point& p : ring) p = {std::round(2 * (p.x + Uniform(random, -0.7, 0.7))) / 2, std::round(2 * (p.y + Uniform(random, -0.7, 0.7))) / 2};
+    for (Point& p : ring)
+        p = {std::round(2 * (p.x + Uniform(random, -0.7, 0.7))) / 2, std::round(2 * (p.y + Uniform(random, -0.7, 0.7))) / 2};
     const PathBuilder smooth = Smooth(ring);
     PathBuilder path;
     path.Move(ring[0].x, ring[0].y);
@@ -152,13 +167,13 @@ PathBuilder Star(int spikes, double outer, double inner) {
 
 PathBuilder CuspsAndLoops() {
     PathBuilder path;
-    path.Move(0, 0).Curve(100, 60, 0, 60, 100, 0);            // a cusp on its way down
-    path.Line(130, 0).Curve(230, 90, 90, 90, 190, 0);         // a loop
-    path.Line(220, 0).Curve(260, 0, 200, 0, 240, 0);          // straight, handles past each other
-    path.Curve(240, 0, 280, 40, 280, 80);                     // zero handle at the start
-    path.Curve(280, 120, 240, 160, 240, 160);                 // and at the end
-    path.Curve(240, 160, 120, 160, 120, 160);                 // at both: a line in disguise
-    path.Curve(120, 90, 120.5, 90, 120.5, 160);               // a hairpin
+    path.Move(0, 0).Curve(100, 60, 0, 60, 100, 0);     // a cusp on its way down
+    path.Line(130, 0).Curve(230, 90, 90, 90, 190, 0);  // a loop
+    path.Line(220, 0).Curve(260, 0, 200, 0, 240, 0);   // straight, handles past each other
+    path.Curve(240, 0, 280, 40, 280, 80);              // zero handle at the start
+    path.Curve(280, 120, 240, 160, 240, 160);          // and at the end
+    path.Curve(240, 160, 120, 160, 120, 160);          // at both: a line in disguise
+    path.Curve(120, 90, 120.5, 90, 120.5, 160);        // a hairpin
     path.Curve(60, 160, 20, 100, 0, 160).Line(0, 0).Close();
     return path;
 }

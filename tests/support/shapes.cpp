@@ -14,7 +14,8 @@ std::unique_ptr<DY_Shape> ShapeOfItems(std::span<const WEX_Item> items, bool ope
 
 std::unique_ptr<DY_Shape> Polygon(std::initializer_list<WEX_Item> corners) {
     std::vector<WEX_Item> items = {*corners.begin()};
-    for (const WEX_Item& corner : std::span(corners.begin() + 1, corners.end())) items.insert(items.end(), {items.back(), corner, corner});
+    for (const WEX_Item& corner : std::span(corners.begin() + 1, corners.end()))
+        items.insert(items.end(), {items.back(), corner, corner});
     items.insert(items.end(), {items.back(), *corners.begin()});
     return ShapeOfItems(items);
 }

@@ -186,7 +186,8 @@ TEST_F(Program, ApplyRendersTheMaskThatMaskDoes) {
 
 TEST_F(Program, InsetMovesEveryShape) {
     Write("shapes.json", R"({"shapes": [
-        {"vertices": [{"p": [10, 10]}, {"p": [20, 10]}, {"p": [20, 20]}, {"p": [10, 20]}], "feather": [{"position": 1, "radius": 3}]},
+        {"vertices": [{"p": [10, 10]}, {"p": [20, 10]}, {"p": [20, 20]}, {"p": [10, 20]}],
+         "feather": [{"position": 1, "radius": 3}]},
         {"vertices": [{"p": [30, 10]}, {"p": [40, 10]}, {"p": [40, 14.5]}, {"p": [50, 14.5]}, {"p": [50, 10]}, {"p": [60, 10]},
                       {"p": [60, 20]}, {"p": [50, 20]}, {"p": [50, 15.5]}, {"p": [40, 15.5]}, {"p": [40, 20]}, {"p": [30, 20]}],
          "mode": "subtract"}]})");
@@ -228,7 +229,8 @@ TEST_F(Program, InsetMovesEveryShape) {
 
 TEST_F(Program, InfoCountsFeatherPointsWhereThereAreSome) {
     Write("soft.json", R"({"shapes": [{"vertices": [{"p": [1, 0]}, {"p": [3, 0]}]},
-        {"vertices": [{"p": [1, 0]}, {"p": [3, 0]}], "feather": [{"position": 0, "radius": 1}, {"position": 1.5, "radius": 2}]}]})");
+        {"vertices": [{"p": [1, 0]}, {"p": [3, 0]}],
+         "feather": [{"position": 0, "radius": 1}, {"position": 1.5, "radius": 2}]}]})");
     EXPECT_THAT(Run("info soft.json").out,
                 MatchesRegex("[^\n]* mode  feather points\n[^\n]* - +0\n[^\n]* - +2\n2 shapes: [^\n]*\n"));
     EXPECT_THAT(Run("info square.svg").out, Not(HasSubstr("feather")));
