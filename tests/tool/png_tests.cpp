@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -27,7 +28,7 @@ class Png : public testing::Test {
         file.Commit();
     }
 
-    std::string path_ = testing::TempDir() + "vrl_png_tests.png";
+    std::string path_ = testing::TempDir() + "vrl_" + std::to_string(getpid()) + ".png";  // tests run side by side
     WorkProgress progress_{1};
 };
 
