@@ -110,9 +110,15 @@ TEST(VariableFeather, DifferencesGiveThePlainAccumulation) {
 TEST(VariableFeather, AConstantRadiusIsTheMeanOfTheDistanceRings) {
     struct Case {
         float radius, expansion;
-        double aspect;
+        double aspect, scale, turn;  // of the transform about the middle
     };
-    for (const Case c : {Case{12, 0, 1}, {-12, 0, 1}, {8, 3, 1}, {12, 0, 2}, {-6, -2, 2}}) {
+    for (const Case c : {Case{12, 0, 1, 1, 0},
+                         {-12, 0, 1, 1, 0},
+                         {8, 3, 1, 1, 0},
+                         {12, 0, 2, 1, 0},
+                         {-6, -2, 2, 1, 0},
+                         {12, 0, 1, 1.5, 0.5},
+                         {-14, 2, 2, 0.5, -0.7}}) {
         // A disc in the working space, so that the distance to its outline is known everywhere.
         constexpr double kRadius = 40;
         constexpr double kHandle = 0.5522847498;
@@ -136,8 +142,15 @@ TEST(VariableFeather, AConstantRadiusIsTheMeanOfTheDistanceRings) {
         const int width = static_cast<int>(200 * c.aspect);
         GW_UnoBuffer buffer(width, 200, 8);
         M_LRect touched = {};
-        ASSERT_EQ(VRL_MaskWithShape(shape.get(), &params, nullptr, &buffer, &touched), 0);
-        const int rings = static_cast<int>(std::ceil(std::abs(double(c.radius)) / 1.0040916));
+        const double cosine = c.scale * std::cos(c.turn);
+        const double sine = c.scale * std::sin(c.turn);
+        const double middle_x = 100 * c.aspect;
+        const M_Matrix3 matrix = {{{cosine, sine, 0},
+                                   {-sine, cosine, 0},
+                                   {middle_x - middle_x * cosine + 100 * sine, 100 - middle_x * sine - 100 * cosine, 1}}};
+        ASSERT_EQ(VRL_MaskWithShape(shape.get(), &params, &matrix, &buffer, &touched), 0);
+        const double spacing = std::max(1.0040916, std::hypot(0.71, 0.71) / c.scale);
+        const int rings = static_cast<int>(std::ceil(std::abs(double(c.radius)) / spacing));
         const double inner = std::min(double(c.radius), 0.0) + double(c.expansion);
         for (int y = 0; y < 200; ++y) {
             for (int x = 0; x < width; ++x) {
@@ -146,9 +159,12 @@ TEST(VariableFeather, AConstantRadiusIsTheMeanOfTheDistanceRings) {
                 double covered = 0;
                 double nearest_centre = 1e9;
                 for (int sample = 0; sample < kSamples * kSamples; ++sample) {
-                    const double sample_x = (x + (sample % kSamples + 0.5) / kSamples) / c.aspect - 100;
-                    const double sample_y = y + (sample / kSamples + 0.5) / kSamples - 100;
-                    const double distance = std::hypot(sample_x, sample_y) - kRadius;
+                    const double from_x = x + (sample % kSamples + 0.5) / kSamples - middle_x;
+                    const double from_y = y + (sample / kSamples + 0.5) / kSamples - 100;
+                    const double square = c.scale * c.scale;
+                    const double shape_x = (from_x * cosine + from_y * sine) / square / c.aspect;
+                    const double shape_y = (from_y * cosine - from_x * sine) / square;
+                    const double distance = std::hypot(shape_x, shape_y) - kRadius;
                     nearest_centre = std::min(nearest_centre, distance);
                     const double beyond = (distance - inner) / std::abs(double(c.radius)) * rings;  // rings that end before it
                     covered += std::clamp(rings - std::floor(beyond) - 1, 0.0, double(rings));
