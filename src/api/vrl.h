@@ -6,10 +6,10 @@
 
 #include "api/join.h"
 #include "api/mask_params.h"
-#include "api/message_table.h"
 #include "base/export.h"
 #include "host/geometry_records.h"
 #include "host/image.h"
+#include "host/message_table.h"
 #include "host/shape.h"
 #include "host/world.h"
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <memory>
 
-#include "api/message_table.h"
 #include "base/errors.h"
 #include "base/fixed16.h"
 #include "base/narrow.h"
 #include "host/canceler.h"
+#include "host/message_table.h"
 #include "host/services.h"
 #include "render/feather_pass.h"
 #include "render/poly_rasterizer.h"

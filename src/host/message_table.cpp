@@ -1,4 +1,4 @@
-#include "api/message_table.h"
+#include "host/message_table.h"
 
 #include <iterator>
 
