@@ -101,6 +101,12 @@ class FeatherPass {
     void RenderRow(std::int32_t y);
     void FeatherLine(std::int32_t length, std::int64_t lo, std::int64_t hi, std::int32_t radius, P* line);
 
+    // After every row and every column: the host may want to stop, and to know how far the pass is.
+    void Report(std::int64_t step) const {
+        rasterizer_.Canceler().Check();
+        progress_.Report(step);
+    }
+
     void FeatherColumns();
     void FeatherTile(std::int32_t first, std::int32_t count, std::int64_t lo, std::int64_t hi);
     void GatherTile(std::int32_t first, std::int32_t count);
@@ -161,7 +167,7 @@ void FeatherPass<P>::RenderRow(std::int32_t y) {
                     std::int64_t{end_x} + 1 - box_.left, params_.feather_x, line);
     }
     if (!in_place) std::copy_n(line - box_.left, buffer_.width, stored);
-    progress_.Report(y);
+    Report(y);
 }
 
 template <class P>
@@ -195,7 +201,7 @@ void FeatherPass<P>::FeatherTile(std::int32_t first, std::int32_t count, std::in
     try {
         for (; done < count; ++done) {
             FeatherLine(static_cast<std::int32_t>(Height()), lo, hi, params_.feather_y, TileColumn(done));
-            progress_.Report(std::int64_t{first} + done + buffer_.height + 1);
+            Report(std::int64_t{first} + done + buffer_.height + 1);
         }
     } catch (...) {
         ScatterTile(first, done);  // a stop keeps the columns before it

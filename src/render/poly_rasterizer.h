@@ -37,6 +37,7 @@ class VRLp_PolyRasterizer {
     virtual ~VRLp_PolyRasterizer() = default;
 
     const VRLp_PathBounds& Bounds() const { return bounds; }
+    const VRLp_ProgPtrCanceler& Canceler() const { return *canceler; }
 
  protected:
     void SetBoxToBounds();  // rounded outwards

@@ -92,16 +92,21 @@ TEST_P(MaskFaults, EveryFailingAllocationEndsTheRenderWithoutALeak) {
     EXPECT_EQ(Render(), 0);
 }
 
-TEST_P(MaskFaults, AStopFromTheProgressCallbackIsTheStatusAtEveryStep) {
-    static int steps_left;
-    const GW_ProgressInfo progress = {
-        nullptr, nullptr, [](void*, std::int32_t, std::int32_t) -> std::int32_t { return --steps_left == 0 ? 23 : 0; }};
-    for (int step = 1;; ++step) {
-        steps_left = step;
-        const std::int32_t status = Render(&progress);
-        ExpectNothingLeftOver();
-        if (steps_left > 0) break;
-        ASSERT_EQ(status, 23) << step;
+TEST_P(MaskFaults, AStopFromEitherCallbackIsTheStatusAtEveryStep) {
+    static int polls_left;
+    const auto abort = [](void*) -> std::int32_t { return --polls_left == 0 ? 23 : 0; };
+    const auto progress = [](void*, std::int32_t, std::int32_t) -> std::int32_t { return --polls_left == 0 ? 23 : 0; };
+    for (const GW_ProgressInfo& callbacks :
+         {GW_ProgressInfo{nullptr, abort, nullptr}, GW_ProgressInfo{nullptr, nullptr, progress}}) {
+        int polls = 1;
+        for (;; ++polls) {
+            polls_left = polls;
+            const std::int32_t status = Render(&callbacks);
+            ExpectNothingLeftOver();
+            if (polls_left > 0) break;
+            ASSERT_EQ(status, 23) << polls;
+        }
+        EXPECT_GT(polls, 16);  // every row, at the least
     }
 }
 
