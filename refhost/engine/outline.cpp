@@ -25,11 +25,9 @@ class PathReader {
     void AddLine(Point to);
     void AddCurve(std::size_t index);
     Point FinitePoint(std::size_t index) const;
-    void RequireCurrentPoint() const;
 
     const PathView& path_;
     Outline outline_;
-    bool has_point_ = false;
     Point start_{};
     Point current_{};
 };
@@ -107,7 +105,7 @@ Outline Regularised(const Outline& outline) {
 namespace {
 
 Outline PathReader::Read() {
-    if (path_.operators.size() != path_.points.size()) throw EngineError{&kErrorBadPath};
+    CheckOperators(path_);
     for (std::size_t i = 0; i < path_.Size(); ++i) {
         Enter(i);
         if (path_.operators[i] == kPIVCurve) i += 2;
@@ -121,24 +119,18 @@ void PathReader::Enter(std::size_t index) {
         case kPIVMove:
             ClosePath();
             start_ = current_ = FinitePoint(index);
-            has_point_ = true;
             return;
         case kPIVLine:
-            RequireCurrentPoint();
             return AddLine(FinitePoint(index));
         case kPIVCurve:
-            RequireCurrentPoint();
             return AddCurve(index);
         case kPIVClose:
-            RequireCurrentPoint();
             return ClosePath();
     }
-    throw EngineError{&kErrorBadPath};
 }
 
 // Drawing may go on after a close: it starts a new subpath at the point the closed one started from.
 void PathReader::ClosePath() {
-    if (!has_point_) return;
     if (current_.x != start_.x || current_.y != start_.y) AddLine(start_);
     current_ = start_;
     outline_.CloseLoop();
@@ -150,8 +142,6 @@ void PathReader::AddLine(Point to) {
 }
 
 void PathReader::AddCurve(std::size_t index) {
-    if (index + 2 >= path_.Size()) throw EngineError{&kErrorBadPath};
-    if (path_.operators[index + 1] != kPIVCurve || path_.operators[index + 2] != kPIVCurve) throw EngineError{&kErrorBadPath};
     const Point end = FinitePoint(index + 2);
     outline_.pieces.push_back({{current_, FinitePoint(index), FinitePoint(index + 1), end}, false});
     current_ = end;
@@ -161,10 +151,6 @@ Point PathReader::FinitePoint(std::size_t index) const {
     const M_Vector2T<float> p = path_.points[index];
     if (!std::isfinite(p.x) || !std::isfinite(p.y)) throw EngineError{&kErrorNotFinite};
     return {static_cast<double>(p.x), static_cast<double>(p.y)};
-}
-
-void PathReader::RequireCurrentPoint() const {
-    if (!has_point_) throw EngineError{&kErrorBadPath};
 }
 
 // Measured from the last point kept, so that many tiny pieces in a row still add up to a visible one.

@@ -18,9 +18,9 @@ class VRL_SHARED_TYPE QELException : public std::exception {
 /// The text of a `QELException` raised by growing storage.
 inline constexpr const char* kMathOverflow = "Math overflow exception";
 
-// The library's own integer codes; host statuses travel beside them as plain integers too.
-inline constexpr int kBrokenInvariant = 1;  // a violated precondition or internal invariant
-inline constexpr int kFailedCheck = 3;      // a missing object, or a failed check after its report
+/// The library's own integer code for a missing object, or for a check that failed and was reported. Host statuses travel
+/// beside it as plain integers too.
+inline constexpr int kFailedCheck = 3;
 
 /// Throws a non-zero host status unchanged. The host has reported it already.
 inline void ThrowIfFailed(int status) {

@@ -155,8 +155,8 @@ void VRLp_PolyVariableFeatherRasterizer<P>::FillBands() {
 // length, and is summed along the rows at the end. All values are whole numbers below 2^24: exact in any order.
 template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::FillBand(const M_LRect& band, std::int32_t thread_index) {
-    if (Width() <= 0) return;
     if (thread_index == 0) this->canceler->Check();
+    if (Width() == 0) return;
     std::vector<P> line(static_cast<std::size_t>(Width()));
     for (const Contour& contour : contours) {
         if (contour.result == kContourAll) {
