@@ -23,6 +23,7 @@ enum class HostCall {
     kFillBuffer,
     kInvertAndFade,
     kFeatherLine,
+    kGaussianBlur,
     kReport,
     kStartQuietErrors,
     kPurgeLoop,

@@ -40,3 +40,10 @@ class VRL_HOST_API GW_World {
 /// differ. `progress` may be null.
 VRL_HOST_API void GW_MergeMaskAlpha(const GW_ProgressInfo* progress, int, int, const M_LRect* rect, const GW_UnoBuffer* mask,
                                     void*, GW_World* world);
+
+/// One pass of a separable gaussian blur with a standard deviation of about 0.58 `radius` (pixels) over all components of an
+/// 8-bit world: along rows when `down` is 0, else along columns. Beyond the world its edge pixels go on. `destination` has
+/// the size of `source` and may be the same world (the caller then also passes 1 for the second and third flag). The
+/// unnamed arguments are the host's. Status result: 0 is success.
+VRL_HOST_API int GW_GaussianBlur1D(const GW_ProgressInfo* progress, const GW_World* source, float radius, int, int down, int, int,
+                                   int, int, GW_World* destination);
