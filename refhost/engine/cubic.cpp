@@ -8,9 +8,9 @@ namespace {
 
 constexpr double kNoLength = 1e-12;  // pixels; a control leg below it has no direction
 
-Point DirectionOf(std::array<Point, 3> candidates);                       // first one with a length, as unit vector
-Point Blossom(const Cubic& curve, double r, double s, double t);          // the curve's polar form
-std::vector<double> RisingRoots(const std::array<double, 4>& bernstein);  // in (0, 1), where the value turns positive
+Point DirectionOf(std::array<Point, 3> candidates);                   // first one with a length, as unit vector
+Point Blossom(const Cubic& curve, double r, double s, double t);      // the curve's polar form
+CurveParameters RisingRoots(const std::array<double, 4>& bernstein);  // in (0, 1), where the value turns positive
 double BernsteinValue(const std::array<double, 4>& b, double t);
 double Bisect(const std::array<double, 4>& bernstein, double low, double high);  // sign change from negative to positive
 
@@ -44,7 +44,7 @@ int StepCount(const Cubic& c, double tolerance) {
 }
 
 // Half the derivative of the squared speed is c'.c'', the product of a quadratic and a linear polynomial.
-std::vector<double> SpeedMinima(const Cubic& c) {
+CurveParameters SpeedMinima(const Cubic& c) {
     const std::array<Point, 3> first = {c.p1 - c.p0, c.p2 - c.p1, c.p3 - c.p2};
     const std::array<Point, 2> second = {first[1] - first[0], first[2] - first[1]};
     return RisingRoots({Dot(first[0], second[0]), (2 * Dot(first[1], second[0]) + Dot(first[0], second[1])) / 3,
@@ -75,7 +75,7 @@ Point Blossom(const Cubic& c, double r, double s, double t) {
 }
 
 // Between the roots of its derivative the polynomial is monotone, so each piece holds at most one root.
-std::vector<double> RisingRoots(const std::array<double, 4>& b) {
+CurveParameters RisingRoots(const std::array<double, 4>& b) {
     const double d0 = b[1] - b[0];
     const double d1 = b[2] - b[1];
     const double d2 = b[3] - b[2];
@@ -89,10 +89,9 @@ std::vector<double> RisingRoots(const std::array<double, 4>& b) {
         knots[2] = half == 0 ? 1 : std::clamp(d0 / half, 0.0, 1.0);
         if (knots[1] > knots[2]) std::swap(knots[1], knots[2]);
     }
-    std::vector<double> roots;
+    CurveParameters roots;
     for (std::size_t i = 0; i + 1 < knots.size(); ++i) {
-        if (BernsteinValue(b, knots[i]) < 0 && BernsteinValue(b, knots[i + 1]) > 0)
-            roots.push_back(Bisect(b, knots[i], knots[i + 1]));
+        if (BernsteinValue(b, knots[i]) < 0 && BernsteinValue(b, knots[i + 1]) > 0) roots.Add(Bisect(b, knots[i], knots[i + 1]));
     }
     return roots;
 }

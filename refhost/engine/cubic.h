@@ -1,6 +1,7 @@
 #pragma once
 
-#include <vector>
+#include <array>
+#include <cstddef>
 
 #include "refhost/engine/point_math.h"
 
@@ -28,6 +29,23 @@ inline Point SecondDerivative(const Cubic& c, double t) {
     return 6 * (1 - t) * ((c.p2 - c.p1) - (c.p1 - c.p0)) + 6 * t * ((c.p3 - c.p2) - (c.p2 - c.p1));
 }
 
+/// A cubic in powers of its parameter: cheaper where one curve is evaluated many times.
+class CubicPolynomial {
+ public:
+    explicit CubicPolynomial(const Cubic& c)
+        : start_(c.p0),
+          linear_(3 * (c.p1 - c.p0)),
+          square_(3 * ((c.p2 - c.p1) - (c.p1 - c.p0))),
+          cube_((c.p3 - c.p0) - 3 * (c.p2 - c.p1)) {}
+
+    Point At(double t) const { return start_ + t * (linear_ + t * (square_ + t * cube_)); }
+    Point FirstDerivative(double t) const { return linear_ + t * (2 * square_ + 3 * t * cube_); }
+    Point SecondDerivative(double t) const { return 2 * square_ + 6 * t * cube_; }
+
+ private:
+    Point start_, linear_, square_, cube_;
+};
+
 /// Unit direction at t = 0 and t = 1. Coincident control points are passed over; a curve shrunk to a point gives (1, 0).
 Point StartTangent(const Cubic& curve);
 Point EndTangent(const Cubic& curve);
@@ -41,8 +59,20 @@ Cubic SubCurve(const Cubic& curve, double u, double v);
 int StepCount(const Cubic& curve, double tolerance);
 inline constexpr int kMaxSteps = 4096;
 
-/// Interior parameters at which the speed has a local minimum, increasing.
-std::vector<double> SpeedMinima(const Cubic& curve);
+/// Up to two interior parameters, increasing.
+class CurveParameters {
+ public:
+    void Add(double t) { values_[count_++] = t; }
+    const double* begin() const { return values_.data(); }
+    const double* end() const { return values_.data() + count_; }
+
+ private:
+    std::array<double, 2> values_{};
+    std::size_t count_ = 0;
+};
+
+/// Interior parameters at which the speed has a local minimum.
+CurveParameters SpeedMinima(const Cubic& curve);
 
 /// Twice the area between the curve and the origin: summed over a closed outline it is twice the signed area.
 double DoubledArea(const Cubic& curve);

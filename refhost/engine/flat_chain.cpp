@@ -7,6 +7,8 @@
 namespace refhost {
 namespace {
 
+std::int32_t RoundedDown(double value);
+
 /// Adds the segments of one piece after the other.
 class Flattener {
  public:
@@ -32,12 +34,15 @@ class Flattener {
 
 FlatChain Flatten(const OffsetChain& chain, double tolerance) { return Flattener(chain, tolerance).Flatten(); }
 
-GridPoint ToGrid(Point p) {
-    return {static_cast<std::int32_t>(std::floor(p.x * kGridUnitsPerPixel + 0.5)),
-            static_cast<std::int32_t>(std::floor(p.y * kGridUnitsPerPixel + 0.5))};
-}
+GridPoint ToGrid(Point p) { return {RoundedDown(p.x * kGridUnitsPerPixel + 0.5), RoundedDown(p.y * kGridUnitsPerPixel + 0.5)}; }
 
 namespace {
+
+// The library's own floor is a call where the processor has no instruction for it.
+std::int32_t RoundedDown(double value) {
+    const auto truncated = static_cast<std::int32_t>(value);
+    return truncated - (truncated > value);
+}
 
 // A piece ends where the next one starts, so that loops close exactly even where two ends differ a little.
 FlatChain Flattener::Flatten() {

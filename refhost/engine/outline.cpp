@@ -168,7 +168,7 @@ void AppendRegularised(CurvePiece piece, Point& last, Outline& result) {
 void AppendSplitAtCusps(const Cubic& curve, Outline& result) {
     const double slow = kCuspSpeed * ControlLength(curve);
     double done = 0;
-    const std::vector<double> slowest = MovesAhead(curve, slow) ? std::vector<double>() : SpeedMinima(curve);
+    const CurveParameters slowest = MovesAhead(curve, slow) ? CurveParameters() : SpeedMinima(curve);
     for (const double t : slowest) {
         if (Length(FirstDerivative(curve, t)) >= slow) continue;
         result.pieces.push_back({WithoutTinyHandles(SubCurve(curve, done, t)), false});

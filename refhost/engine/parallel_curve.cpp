@@ -20,6 +20,7 @@ constexpr int kMaxSampleDepth = 14;    // halvings between two knots
 constexpr double kFinestChord = 0.25;  // tolerances; a shorter chord is not divided, whatever it turns
 constexpr double kSampleTurn = 0.6;    // radians a chord of the parallel may turn
 constexpr double kClampedTurn = 0.3;   // and a chord of the evolute, which only has to be roughly right
+constexpr int kBorderRounds = 30;      // to find where the two meet; mostly five or six do
 
 // ---- Fitting.
 constexpr int kFineSteps = 16;          // samples that measure length and turning of one stretch
@@ -29,12 +30,34 @@ constexpr double kMaxTurn = 1.75;       // radians one cubic may turn; the fit d
 constexpr int kMaxFitDepth = 14;        // halvings of one stretch
 constexpr double kShortStretch = 1e-3;  // pixels; a parallel that stays this short is a line
 
+constexpr double Square(double x) { return x * x; }
 double Growth(const Cubic& curve, double distance, double t);
+
+/// A curve to be looked at in many places.
+class CurveProbe {
+ public:
+    explicit CurveProbe(const Cubic& curve) : curve_(curve), polynomial_(curve) {}
+
+    struct Result {
+        Point position;
+        Point tangent;  // of unit length
+        double speed;
+    };
+    Result At(double t) const;
+    double GrowthAt(double t, const Result& here, double distance) const;
+
+ private:
+    static constexpr double kSlow = 1e-6;  // pixels; below it rounding matters to the direction
+
+    const Cubic& curve_;
+    CubicPolynomial polynomial_;
+};
+
 /// Samples the clamped parallel of one curve, finer where it turns.
 class ParallelSampler {
  public:
     ParallelSampler(const Cubic& curve, double distance, double tolerance, std::vector<ParallelSample>& out)
-        : curve_(curve), distance_(distance), tolerance_(tolerance), out_(out) {}
+        : curve_(curve), probe_(curve), distance_(distance), tolerance_(tolerance), out_(out) {}
 
     void Sample();
 
@@ -42,12 +65,15 @@ class ParallelSampler {
     struct Probe {
         ParallelSample sample;
         Point tangent;
+        double growth;  // see `Growth`; 0 where the parallel passes into the evolute
     };
     Probe ProbeAt(double t) const;
+    Probe BorderBetween(Probe low, Probe high) const;
     void AppendBetween(const Probe& low, const Probe& high, int depth);
     bool IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const;
 
     const Cubic& curve_;
+    CurveProbe probe_;
     double distance_;
     double tolerance_;
     std::vector<ParallelSample>& out_;
@@ -65,7 +91,7 @@ struct FitSample {
 class ParallelFitter {
  public:
     ParallelFitter(const Cubic& curve, double distance, bool backwards, double tolerance, std::vector<CurvePiece>& out)
-        : curve_(curve), distance_(distance), backwards_(backwards), tolerance_(tolerance), out_(out) {}
+        : curve_(curve), probe_(curve), distance_(distance), backwards_(backwards), tolerance_(tolerance), out_(out) {}
 
     void Append(double from, double to, int depth);
 
@@ -79,6 +105,7 @@ class ParallelFitter {
     std::optional<Cubic> Fit(const FineSamples& fine) const;
 
     const Cubic& curve_;
+    CurveProbe probe_;
     double distance_;
     bool backwards_;
     double tolerance_;
@@ -94,9 +121,9 @@ struct HandleCubic {
 };
 
 double ParameterAtProgress(std::span<const FitSample> fine, double progress);
-void FindOnNormal(const Cubic& curve, const FitSample& sample, int rounds, double& u);
+void FindOnNormal(const CubicPolynomial& curve, const FitSample& sample, int rounds, double& u);
 bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds, double slack);
-double WorstDeviation(const Cubic& curve, std::span<const FitSample> samples, std::span<double> parameters);
+double WorstDeviation(const CubicPolynomial& curve, std::span<const FitSample> samples, std::span<double> parameters);
 
 }  // namespace
 
@@ -160,12 +187,25 @@ double Growth(const Cubic& curve, double distance, double t) {
     return 1 + distance * bend / (square * std::sqrt(square));
 }
 
+CurveProbe::Result CurveProbe::At(double t) const {
+    const Point first = polynomial_.FirstDerivative(t);
+    const double speed = Length(first);
+    const bool is_plain = t > 0 && t < 1 && speed > kSlow;
+    return {polynomial_.At(t), is_plain ? (1 / speed) * first : TangentAt(curve_, t), speed};
+}
+
+double CurveProbe::GrowthAt(double t, const Result& here, double distance) const {
+    if (here.speed <= kSlow) return Growth(curve_, distance, t);
+    return 1 + distance * Cross(here.tangent, polynomial_.SecondDerivative(t)) / (here.speed * here.speed);
+}
+
 // The curve turns fastest where it is slowest: with these points as knots no tight turn hides between two probes.
 void ParallelSampler::Sample() {
-    std::vector<double> knots = {0, 0.5, 1};
-    const std::vector<double> slow = SpeedMinima(curve_);
-    knots.insert(knots.end(), slow.begin(), slow.end());
-    std::sort(knots.begin(), knots.end());
+    const CurveParameters slow = SpeedMinima(curve_);
+    constexpr std::array<double, 3> kEven = {0, 0.5, 1};
+    std::array<double, 5> places;
+    const auto knots =
+        std::span(places.begin(), std::merge(kEven.begin(), kEven.end(), slow.begin(), slow.end(), places.begin()));
     Probe last = ProbeAt(0);
     out_.push_back({0, ParallelPoint(curve_, distance_, 0), false});
     if (last.sample.is_clamped) out_.push_back(last.sample);
@@ -178,14 +218,40 @@ void ParallelSampler::Sample() {
 }
 
 ParallelSampler::Probe ParallelSampler::ProbeAt(double t) const {
-    const Point tangent = TangentAt(curve_, t);
-    const double growth = Growth(curve_, distance_, t);
+    const CurveProbe::Result here = probe_.At(t);
+    const double growth = distance_ == 0 ? 1 : probe_.GrowthAt(t, here, distance_);
     // Growth is 1 - distance / radius of curvature where it is below 1: the clamp stops at the radius.
     const double reach = growth >= 0 ? distance_ : distance_ / (1 - growth);
-    return {{t, Evaluate(curve_, t) + reach * RightNormal(tangent), growth < 0}, tangent};
+    return {{t, here.position + reach * RightNormal(here.tangent), growth < 0}, here.tangent, growth};
+}
+
+// Where the parallel passes into the evolute: false position, halving the value of the end that stays.
+ParallelSampler::Probe ParallelSampler::BorderBetween(Probe low, Probe high) const {
+    const auto value_of = [](const Probe& probe) { return std::clamp(probe.growth, -1.0, 1.0); };
+    double low_value = value_of(low);
+    double high_value = value_of(high);
+    for (int i = 0; i < kBorderRounds && Distance(low.sample.position, high.sample.position) > kFinestChord * tolerance_; ++i) {
+        const double share = std::clamp(low_value / (low_value - high_value), 0.0, 1.0);
+        const Probe middle = ProbeAt(low.sample.t + share * (high.sample.t - low.sample.t));
+        const double value = value_of(middle);
+        if ((value < 0) == (low_value < 0)) {
+            low = middle, low_value = value, high_value *= 0.5;
+        } else {
+            high = middle, high_value = value, low_value *= 0.5;
+        }
+    }
+    Probe border = low.sample.is_clamped ? high : low;
+    border.growth = 0;
+    return border;
 }
 
 void ParallelSampler::AppendBetween(const Probe& low, const Probe& high, int depth) {
+    if (low.growth * high.growth < 0) {
+        const Probe border = BorderBetween(low, high);
+        AppendBetween(low, border, depth);
+        AppendBetween(border, high, depth);
+        return;
+    }
     const Probe middle = ProbeAt(0.5 * (low.sample.t + high.sample.t));
     if (depth == kMaxSampleDepth || IsFineEnough(low, middle, high)) {
         out_.push_back(high.sample);
@@ -195,15 +261,16 @@ void ParallelSampler::AppendBetween(const Probe& low, const Probe& high, int dep
     AppendBetween(middle, high, depth + 1);
 }
 
-// A chord of length l that turns by a deviates by at most l a / 8.
+// A chord of length l that turns by a deviates by at most l a / 8. Both are sums of two, here bounded by way of their squares.
 bool ParallelSampler::IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const {
-    const double chord =
-        Distance(low.sample.position, middle.sample.position) + Distance(middle.sample.position, high.sample.position);
-    if (chord < kFinestChord * tolerance_) return true;
-    const double turn = Length(middle.tangent - low.tangent) + Length(high.tangent - middle.tangent);
-    const int clamped = low.sample.is_clamped + middle.sample.is_clamped + high.sample.is_clamped;
-    if (clamped == 3) return turn < kClampedTurn;
-    return clamped == 0 && turn < kSampleTurn && chord * turn < 8 * tolerance_;
+    const auto bound = [](Point a, Point b) { return 2 * (Dot(a, a) + Dot(b, b)); };
+    const double chord = bound(middle.sample.position - low.sample.position, high.sample.position - middle.sample.position);
+    if (chord < Square(kFinestChord * tolerance_)) return true;
+    const double turn = bound(middle.tangent - low.tangent, high.tangent - middle.tangent);
+    const bool any_clamped = std::min({low.growth, middle.growth, high.growth}) < 0;
+    const bool any_free = std::max({low.growth, middle.growth, high.growth}) > 0;
+    if (any_clamped) return !any_free && turn < Square(kClampedTurn);
+    return turn < Square(kSampleTurn) && chord * turn < Square(8 * tolerance_);
 }
 
 void ParallelFitter::Append(double from, double to, int depth) {
@@ -226,8 +293,8 @@ void ParallelFitter::Append(double from, double to, int depth) {
 }
 
 FitSample ParallelFitter::SampleAt(double t) const {
-    const Point tangent = TangentAt(curve_, t);
-    return {t, Evaluate(curve_, t) + distance_ * RightNormal(tangent), backwards_ ? -tangent : tangent, 0};
+    const CurveProbe::Result here = probe_.At(t);
+    return {t, here.position + distance_ * RightNormal(here.tangent), backwards_ ? -here.tangent : here.tangent, 0};
 }
 
 // Progress counts length and turning alike: samples even in either alone miss tight turns or long flat runs.
@@ -275,11 +342,12 @@ std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
     }
     if (fit.start_handle < 0 || fit.end_handle < 0) return std::nullopt;
     const Cubic curve = fit.Curve();
-    if (WorstDeviation(curve, samples, parameters) > tolerance_) return std::nullopt;
+    const CubicPolynomial polynomial(curve);
+    if (WorstDeviation(polynomial, samples, parameters) > tolerance_) return std::nullopt;
     // Once more where the fit did not look.
     std::array<double, kFineSteps - 1> between;
     for (std::size_t i = 0; i < between.size(); ++i) between[i] = fine[i + 1].progress;
-    if (WorstDeviation(curve, std::span(fine).subspan<1, kFineSteps - 1>(), between) > tolerance_) return std::nullopt;
+    if (WorstDeviation(polynomial, std::span(fine).subspan<1, kFineSteps - 1>(), between) > tolerance_) return std::nullopt;
     return curve;
 }
 
@@ -294,11 +362,11 @@ double ParameterAtProgress(std::span<const FitSample> fine, double progress) {
 }
 
 // Newton's method for the parameter at which the curve crosses the sample's normal.
-void FindOnNormal(const Cubic& curve, const FitSample& sample, int rounds, double& u) {
+void FindOnNormal(const CubicPolynomial& curve, const FitSample& sample, int rounds, double& u) {
     for (int i = 0; i < rounds; ++i) {
-        const double slope = Dot(FirstDerivative(curve, u), sample.tangent);
+        const double slope = Dot(curve.FirstDerivative(u), sample.tangent);
         if (slope == 0) return;
-        const double step = Dot(Evaluate(curve, u) - sample.position, sample.tangent) / slope;
+        const double step = Dot(curve.At(u) - sample.position, sample.tangent) / slope;
         u = std::clamp(u - step, 0.0, 1.0);
     }
 }
@@ -308,13 +376,13 @@ void FindOnNormal(const Cubic& curve, const FitSample& sample, int rounds, doubl
 // matter, as on a straight parallel.
 bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds,
                     double slack) {
-    const Cubic curve = fit.Curve();
+    const CubicPolynomial curve(fit.Curve());
     double aa = 0, ab = 0, bb = 0, ae = 0, be = 0, worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         double& u = parameters[i];
         FindOnNormal(curve, samples[i], rounds, u);
         const Point normal = RightNormal(samples[i].tangent);
-        const double error = Dot(Evaluate(curve, u) - samples[i].position, normal);
+        const double error = Dot(curve.At(u) - samples[i].position, normal);
         const double a = 3 * (1 - u) * (1 - u) * u * Dot(fit.start_tangent, normal);
         const double b = -3 * (1 - u) * u * u * Dot(fit.end_tangent, normal);
         aa += a * a, ab += a * b, bb += b * b, ae += a * error, be += b * error;
@@ -328,11 +396,11 @@ bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::s
 }
 
 // Distances, not only normal deviations: a sample whose normal the curve misses counts in full.
-double WorstDeviation(const Cubic& curve, std::span<const FitSample> samples, std::span<double> parameters) {
+double WorstDeviation(const CubicPolynomial& curve, std::span<const FitSample> samples, std::span<double> parameters) {
     double worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         FindOnNormal(curve, samples[i], 2, parameters[i]);
-        worst = std::max(worst, Distance(Evaluate(curve, parameters[i]), samples[i].position));
+        worst = std::max(worst, Distance(curve.At(parameters[i]), samples[i].position));
     }
     return worst;
 }
