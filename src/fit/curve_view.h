@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/owner.h"
+#include "fit/constraints.h"
+#include "fit/subdivision_rule.h"
+#include "fit/t_vals.h"
+#include "fit/view.h"
+#include "fit/window.h"
+
+/// A span of a chain that one cubic is fitted to: its points, their parameters, the conditions at its ends and the way it
+/// is cut when one cubic is not enough. Borrows the chain.
+class CF1CurveView : public CFView {
+ public:
+    /// @throws int  kFailedCheck without a window or a rule; kBrokenInvariant unless there is one parameter for each point
+    CF1CurveView(ts::auto_ptr<CFWindow> window, CFTVals parameters, CF1CurveViewConstraints constraints,
+                 ts::auto_ptr<CFSubdivRule> rule);
+    /// Over the window with its own parameters, through its first and its last point.
+    CF1CurveView(ts::auto_ptr<CFWindow> window, CFTangentConstraint start_tangent, CFTangentConstraint end_tangent,
+                 ts::auto_ptr<CFSubdivRule> rule);
+    /// Over two neighbouring views.
+    /// @throws int  kBrokenInvariant when the first does not end where the second starts, or their rules differ in kind
+    CF1CurveView(const CF1CurveView& first, const CF1CurveView& second);
+
+    const CFWindow& Window() const { return *window_; }
+    const CFTVals& Parameters() const { return parameters_; }
+    CFTVals& Parameters() { return parameters_; }
+    const CF1CurveViewConstraints& Constraints() const { return constraints_; }
+    const CFSubdivRule& Rule() const { return *rule_; }
+
+    /// Cuts the view at the chain's point `k` into two that share it and the `tangent` there.
+    /// @throws int  kBrokenInvariant unless `k` lies inside the view
+    void Split(std::int32_t k, CFTangentConstraint tangent, ts::auto_ptr<CF1CurveView>& first,
+               ts::auto_ptr<CF1CurveView>& second) const;
+
+ private:
+    ts::auto_ptr<CFWindow> window_;
+    CFTVals parameters_;
+    CF1CurveViewConstraints constraints_;
+    ts::auto_ptr<CFSubdivRule> rule_;
+};
+
+/// The chain that stands in for a span of fewer than `CF1CurveViewProxy::kEnoughPoints` points: with points added between
+/// those of a span of 2 or 3, and smoothed.
+CFSegment SubstituteChain(const CFWindow& window);
+
+/// Stands in for the view of a short span, which holds too few points to fix a cubic: over a substitute chain, with even
+/// parameters and the end conditions of the short view.
+class CF1CurveViewProxy : public CF1CurveView {
+ public:
+    /// Spans of fewer points are fitted by way of a proxy.
+    static constexpr std::int32_t kEnoughPoints = 7;
+
+    CF1CurveViewProxy(const CF1CurveView& view, const CFSegment& substitute);
+};

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/owner.h"
+#include "fit/mapped_segment.h"
+
+/// Moves the points of outlines off the stair steps of the pixel grid: where the chain of pixel centres runs level or upright
+/// the outline's points are projected onto lines joined from one such stretch to the next. One builder serves many outlines
+/// and keeps its working storage.
+class CFDerivedChainBuilder {
+ public:
+    /// A closed chain with one point for each point of the outline of `centres`.
+    ts::auto_ptr<CFSegment> Build(const CFMappedSegment& centres);
+
+ private:
+    enum class Step : std::uint8_t { kOther, kLevel, kUpright };
+    struct Piece {
+        CFPoint start, end;
+    };
+
+    void ClassifySteps(const CFSegment& centres);
+    void CutRuns(const CFSegment& centres);
+    void CutPieces(const CFSegment& centres, std::int32_t first, std::int32_t end);
+    void AddPiece(const CFSegment& centres, std::int32_t first, std::int32_t end);
+    void JoinPieces();
+    CFPoint Position(CFPoint raw, std::int32_t centre) const;
+
+    std::vector<Step> steps_;              // by centre, the step that leads to it
+    std::vector<Piece> pieces_;            // in chain order
+    std::vector<std::int32_t> piece_ids_;  // by centre, kNoPiece or an index into pieces_
+};

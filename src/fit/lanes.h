@@ -1,0 +1,36 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+// Four numbers computed side by side, by the compilers' vector types: the results are those of one by one.
+
+inline constexpr std::int32_t kLanes = 4;
+using Lanes = float __attribute__((vector_size(kLanes * sizeof(float))));
+using LaneFlags = std::int32_t __attribute__((vector_size(kLanes * sizeof(float))));  // all bits of a lane are set or none
+
+inline Lanes Load(const float* values) {
+    Lanes lanes;
+    std::memcpy(&lanes, values, sizeof lanes);
+    return lanes;
+}
+
+/// The first `count` lanes from `values`, 0 in the others.
+inline Lanes LoadPart(const float* values, std::int32_t count) {
+    float part[kLanes] = {};
+    std::copy_n(values, count, part);
+    return Load(part);
+}
+
+inline void Store(Lanes lanes, float* values) { std::memcpy(values, &lanes, sizeof lanes); }
+
+inline bool AllSet(LaneFlags flags) {
+    std::uint64_t halves[2];
+    std::memcpy(halves, &flags, sizeof halves);
+    return (halves[0] & halves[1]) == ~std::uint64_t{0};
+}
+
+inline Lanes Magnitude(Lanes x) { return x < 0.0F ? -x : x; }
+inline Lanes Least(Lanes a, Lanes b) { return b < a ? b : a; }
+inline Lanes Greatest(Lanes a, Lanes b) { return a < b ? b : a; }

@@ -1,0 +1,73 @@
+#include "fit/path_generator.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "base/errors.h"
+#include "fit/spline_result.h"
+
+namespace {
+
+constexpr float kCandidateScore = 0.8F;     // radians of turning above which a point may be a corner in the first pass
+constexpr float kFirstCornerAngle = 40.0F;  // degrees
+
+std::vector<std::int32_t> HighScores(const CFRanking& ranking);
+/// In increasing order: the chain of a closed result may start anywhere.
+std::vector<std::int32_t> JunctionIndices(const CFSplineResult& result);
+
+}  // namespace
+
+KVPathGenerator::KVPathGenerator(float tolerance, float corner_angle, std::int32_t half_width) : half_width_(half_width) {
+    if (half_width < 1) throw kBrokenInvariant;
+    estimator_ = ts::make_auto<CFQuadEstimator>(half_width);
+    check_ = ts::make_auto<CFEvalCheck>(tolerance);
+    fitter_ = ts::make_auto<CF1CurveFitter>(tolerance, estimator_.get(), check_.get());
+    corner_test_ = ts::make_auto<CFQuadTest>(corner_angle, half_width);
+    remover_ = ts::make_auto<CFMergeRemover>(*fitter_);
+}
+
+void KVPathGenerator::FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output) {
+    const std::int32_t count = edge.raw.Count();
+    if (edge.derived.Count() != count || edge.ranking.Count() != count) throw kBrokenInvariant;
+    CFSplineResult first, second;
+    FitFirst(edge, first);
+    FitSecond(edge, first, second);
+    remover_->Remove(second, true);
+    output = ts::make_auto<RPPath>(second);
+}
+
+void KVPathGenerator::FitFirst(const FitInput& edge, CFSplineResult& result) {
+    CFAnchorSet anchors(edge.raw, edge.ranking);
+    const CFWindow window(edge.raw, WholeBound(edge.raw));
+    CFLinTest(kFirstCornerAngle, half_width_).TestCandidates(window, HighScores(edge.ranking), anchors);
+    fitter_->SetSmoothSplits(false);
+    fitter_->Fit(anchors, result);
+}
+
+void KVPathGenerator::FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result) {
+    CFAnchorSet anchors(edge.raw, edge.ranking);  // the tested chain has the same points by number
+    const CFWindow window(edge.derived, WholeBound(edge.derived));
+    corner_test_->TestCandidates(window, JunctionIndices(first), anchors);
+    fitter_->SetSmoothSplits(true);
+    fitter_->Fit(anchors, result);
+}
+
+namespace {
+
+std::vector<std::int32_t> HighScores(const CFRanking& ranking) {
+    std::vector<std::int32_t> indices;
+    for (std::int32_t i = 0; i < ranking.Count(); ++i) {
+        if (ranking.values[static_cast<std::size_t>(i)] > kCandidateScore) indices.push_back(i);
+    }
+    return indices;
+}
+
+std::vector<std::int32_t> JunctionIndices(const CFSplineResult& result) {
+    std::vector<std::int32_t> indices;
+    indices.reserve(result.Locations().size());
+    for (const CFLocation* location : result.Locations()) indices.push_back(location->index);
+    std::sort(indices.begin(), indices.end());
+    return indices;
+}
+
+}  // namespace

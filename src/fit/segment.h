@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/point.h"
+
+/// How the points of a chain lie. Any kind but the unit steps is parameterised by chord length.
+enum CFSpacing : std::int32_t {
+    kSpacingGeneral = 0,    // anywhere
+    kSpacingUnitSteps = 1,  // one step of the pixel grid apart
+    kSpacingBridged = 3,    // anywhere, the gap between the last and the first point filled in before smoothing
+    kSpacingDerived = 4,    // anywhere, one for each point of an outline
+};
+
+/// What follows the last point of a chain.
+enum CFChainType : std::int32_t {
+    kChainOpen = 0,
+    kChainOpenEither = 1,  // open as well
+    kChainClosed = 2,      // the first point
+};
+
+/// A chain of outline points in pixels.
+class CFSegment {
+ public:
+    /// All points at the origin.
+    /// @throws int  kBrokenInvariant when `count` is below 1
+    CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type);
+    CFSegment(const CFSegment&) = default;
+    CFSegment(CFSegment&&) noexcept = default;
+    CFSegment& operator=(const CFSegment&) = default;
+    CFSegment& operator=(CFSegment&&) noexcept = default;
+    virtual ~CFSegment() = default;
+
+    std::int32_t Count() const { return count_; }
+    std::int32_t Kind() const { return kind_; }
+    std::int32_t Type() const { return type_; }
+    std::int32_t Tag() const { return tag_; }  // 1 for a chain of pixel centres, 0 for all others
+    bool IsClosed() const { return type_ == kChainClosed; }
+
+    /// On a closed chain any index is taken round the loop.
+    /// @throws std::out_of_range  "invalid vector subscript" outside an open chain
+    CFPoint Point(std::int32_t index) const;
+    /// @throws std::out_of_range  "invalid vector subscript" when `index` is outside 0 to Count() - 1
+    void SetPoint(std::int32_t index, CFPoint point);
+
+    /// The coordinates in order. Those of a closed chain follow twice, so that every range of up to Count() + 1 points can
+    /// be read straight on from its first point.
+    const float* X() const { return xs_.data(); }
+    const float* Y() const { return ys_.data(); }
+
+ protected:
+    CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type, std::int32_t tag);
+
+ private:
+    std::vector<float> xs_, ys_;
+    std::int32_t count_, kind_, type_, tag_;
+};
+
+/// `index` taken round a loop of `count` points, into 0 to count - 1.
+inline std::int32_t RoundLoop(std::int32_t index, std::int32_t count) {
+    const std::int32_t rest = index % count;
+    return rest < 0 ? rest + count : rest;
+}
