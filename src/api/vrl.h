@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "api/auto_trace_params.h"
 #include "api/join.h"
 #include "api/mask_params.h"
 #include "base/export.h"
@@ -48,3 +49,13 @@ VRL_API void VRL_InsetShape(const DY_Shape& shape, bool quality, double distance
 /// The same with a choice of join.
 VRL_API void VRL_InsetShapeJoin(const DY_Shape& shape, bool quality, double distance, double pixel_aspect, VRL_Join join,
                                 std::vector<boost::shared_ptr<DY_Shape>>& shapes);
+
+/// Traces `world`, an image of 8 bits a component, and appends to `shapes` one new closed shape for every outline and every
+/// hole of its set pixels, in pixels of the image. Then all shapes of the list, those it held before too, are mapped by the
+/// transform of `params` if there is one, and made to run clockwise on screen unless they are open. After a failure the
+/// shapes appended so far stay.
+/// @throws int             3 after a report, for an image of another depth, one wider or higher than 32767 pixels or an
+///                         unknown channel; 1 for an image without pixels; a failed host call's status
+/// @throws std::bad_alloc
+VRL_API void VRL_NewMasksFromWorld(const GW_World* world, const VRL_AutoTraceParams* params,
+                                   std::vector<boost::shared_ptr<DY_Shape>>& shapes);

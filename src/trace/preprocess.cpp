@@ -1,0 +1,145 @@
+#include "trace/preprocess.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "base/errors.h"
+#include "host/services.h"
+
+namespace {
+
+constexpr std::int32_t kPixelBytes = 4;
+constexpr int kReportCode = 8;
+
+struct Pixel {
+    std::uint8_t a, r, g, b;
+};
+
+struct Range {
+    int max, min;
+    int Spread() const { return max - min; }
+    int Sum() const { return max + min; }
+};
+
+Range RangeOf(Pixel p) { return {std::max({int{p.r}, int{p.g}, int{p.b}}), std::min({int{p.r}, int{p.g}, int{p.b}})}; }
+
+int Luminance(Pixel p) { return (77 * p.r + 151 * p.g + 28 * p.b) >> 8; }
+
+/// The hue angle with 360 degrees at 32767; -1 for greys.
+int Hue(Pixel p) {
+    const Range range = RangeOf(p);
+    if (range.Spread() == 0) return -1;
+    const double spread = range.Spread();
+    double sextants;
+    if (p.r == range.max) {
+        sextants = (p.g - p.b) / spread;
+    } else if (p.g == range.max) {
+        sextants = 2.0 + (p.b - p.r) / spread;
+    } else {
+        sextants = 4.0 + (p.r - p.g) / spread;
+    }
+    double degrees = sextants * 60.0;
+    if (degrees < 0.0) degrees += 360.0;
+    return static_cast<int>(degrees * 32767.0) / 360;
+}
+
+int Lightness(Pixel p) { return RangeOf(p).Sum() * 128; }
+
+int Saturation(Pixel p) {
+    const Range range = RangeOf(p);
+    if (range.Spread() == 0) return 0;
+    return range.Spread() * 32767 / (range.Sum() <= 255 ? range.Sum() : 510 - range.Sum());
+}
+
+const std::uint8_t* RowOf(const GW_World& world, std::int32_t y) {
+    return static_cast<const std::uint8_t*>(world.data) + std::int64_t{y} * world.row_bytes;
+}
+
+std::uint8_t* RowOf(GW_World& world, std::int32_t y) {
+    return static_cast<std::uint8_t*>(world.data) + std::int64_t{y} * world.row_bytes;
+}
+
+/// Whole pixels as the machine holds them, so that a row is one plain loop over numbers.
+std::uint32_t Packed(Pixel p) {
+    std::uint32_t packed;
+    std::memcpy(&packed, &p, sizeof packed);
+    return packed;
+}
+
+template <class ValueOf>
+void ThresholdPixels(const GW_World& source, const VRLp_TraceContext& context, GW_World& bitmap, ValueOf value_of) {
+    const std::uint8_t flip = context.invert != 0 ? 255 : 0;  // v ^ 255 is 255 - v
+    const std::uint32_t alpha_bits = Packed({255, 0, 0, 0}), white = Packed({0, 255, 255, 255});
+    for (std::int32_t y = 0; y < source.height; ++y) {
+        const std::uint8_t* from = RowOf(source, y);
+        std::uint8_t* to = RowOf(bitmap, y);
+        for (std::int32_t x = 0; x < source.width; ++x, from += kPixelBytes, to += kPixelBytes) {
+            const auto component = [&](int i) { return static_cast<std::uint8_t>(from[i] ^ flip); };
+            const int value = value_of(Pixel{component(0), component(1), component(2), component(3)});
+            const bool set = !(static_cast<float>(value) < context.threshold);  // a threshold that is no number sets all
+            std::uint32_t pixel;
+            std::memcpy(&pixel, to, sizeof pixel);
+            pixel = (pixel & alpha_bits) | (set ? white : 0);
+            std::memcpy(to, &pixel, sizeof pixel);
+        }
+    }
+}
+
+void ThresholdChannel(const GW_World& source, const VRLp_TraceContext& context, GW_World& bitmap) {
+    const auto fill = [&](auto value_of) { ThresholdPixels(source, context, bitmap, value_of); };
+    switch (context.channel) {
+        case kVRLTraceLuminance:
+            return fill([](Pixel p) { return Luminance(p); });
+        case kVRLTraceRed:
+            return fill([](Pixel p) { return int{p.r}; });
+        case kVRLTraceGreen:
+            return fill([](Pixel p) { return int{p.g}; });
+        case kVRLTraceBlue:
+            return fill([](Pixel p) { return int{p.b}; });
+        case kVRLTraceAlpha:
+            return fill([](Pixel p) { return int{p.a}; });
+        case kVRLTraceHue:
+            return fill([](Pixel p) { return Hue(p); });
+        case kVRLTraceLightness:
+            return fill([](Pixel p) { return Lightness(p); });
+        case kVRLTraceSaturation:
+            return fill([](Pixel p) { return Saturation(p); });
+        case kVRLTraceValue:
+            return fill([](Pixel p) { return RangeOf(p).max; });
+        default:
+            YQp_ReportErrString(0, kReportCode, "NewMaskFromWorld knows no such channel");
+            throw kFailedCheck;
+    }
+}
+
+void ClearBeyond(std::int32_t width, std::int32_t height, GW_World& bitmap) {
+    const auto clear = [&](std::int32_t y, std::int32_t from) {
+        std::memset(RowOf(bitmap, y) + std::int64_t{from} * kPixelBytes, 0,
+                    static_cast<std::size_t>(bitmap.width - from) * kPixelBytes);
+    };
+    for (std::int32_t y = 0; y < height && width < bitmap.width; ++y) clear(y, width);
+    for (std::int32_t y = height; y < bitmap.height; ++y) clear(y, 0);
+}
+
+/// Two passes make a separable blur, the second one in place.
+const GW_World& Blur(VRLp_TraceContext& context) {
+    constexpr std::int32_t kDepth = 8, kFlags = 1;
+    constexpr int kWhat = 111;  // the host's word for the components to blur
+    const GW_World& source = *context.source;
+    context.blurred.reset(GW_World::New(source.width, source.height, kDepth, kFlags));
+    if (!context.blurred) throw std::bad_alloc();
+    GW_World* blurred = context.blurred.get();
+    ThrowIfFailed(GW_GaussianBlur1D(nullptr, &source, context.blur_radius, kWhat, 0, 0, 0, 0, 0, blurred));
+    ThrowIfFailed(GW_GaussianBlur1D(nullptr, blurred, context.blur_radius, kWhat, 1, 0, 1, 0, 1, blurred));
+    return *blurred;
+}
+
+}  // namespace
+
+void VRLp_Preprocess(VRLp_TraceContext& context) {
+    const bool blurs = context.blur_radius != 0.0F;  // exactly 0 asks for none
+    const GW_World& source = blurs ? Blur(context) : *context.source;
+    ThresholdChannel(source, context, *context.bitmap);
+    ClearBeyond(source.width, source.height, *context.bitmap);
+}

@@ -1,0 +1,91 @@
+#include "tests/support/worlds.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr std::int32_t kPixelBytes = 4;
+constexpr std::uint8_t kPaddingByte = 0xA5;
+
+std::uint8_t* PixelOf(const GW_World& world, std::int32_t x, std::int32_t y) {
+    return static_cast<std::uint8_t*>(world.data) + std::int64_t{y} * world.row_bytes + std::int64_t{x} * kPixelBytes;
+}
+
+void SetPixel(GW_World& world, std::int32_t x, std::int32_t y, Argb pixel) {
+    std::memcpy(PixelOf(world, x, y), &pixel, sizeof pixel);
+}
+
+Argb GetPixel(const GW_World& world, std::int32_t x, std::int32_t y) {
+    Argb pixel;
+    std::memcpy(&pixel, PixelOf(world, x, y), sizeof pixel);
+    return pixel;
+}
+
+}  // namespace
+
+std::unique_ptr<GW_World> WorldOf(std::int32_t width, std::int32_t height, std::initializer_list<Argb> pixels) {
+    std::unique_ptr<GW_World> world(GW_World::New(width, height, 8, 0));
+    std::int32_t i = 0;
+    for (const Argb pixel : pixels) {
+        SetPixel(*world, i % width, i / width, pixel);
+        ++i;
+    }
+    return world;
+}
+
+std::unique_ptr<GW_World> Drawing(const std::string& rows) {
+    const auto width = static_cast<std::int32_t>(std::min(rows.find(' '), rows.size()));
+    const auto height = static_cast<std::int32_t>(std::ranges::count(rows, ' ')) + 1;
+    std::unique_ptr<GW_World> world(GW_World::New(width, height, 8, 0));
+    for (std::int32_t y = 0; y < height; ++y) {
+        for (std::int32_t x = 0; x < width; ++x) {
+            const bool set = rows.at(static_cast<std::size_t>(y * (width + 1) + x)) == '#';
+            SetPixel(*world, x, y, set ? Argb{255, 255, 255, 255} : Argb{255, 0, 0, 0});
+        }
+    }
+    return world;
+}
+
+std::string SetPixels(const GW_World& world) {
+    std::string text;
+    for (std::int32_t y = 0; y < world.height; ++y) {
+        for (std::int32_t x = 0; x < world.width; ++x) {
+            const auto [a, r, g, b] = GetPixel(world, x, y);
+            text.push_back(r != g || g != b || (r != 0 && r != 255) ? '?' : r == 255 ? '#' : '-');
+        }
+    }
+    return text;
+}
+
+PaddedWorld::PaddedWorld(std::int32_t w, std::int32_t h, std::int32_t padding, std::int32_t depth)
+    : GW_World(w, h, w * kPixelBytes * depth / 8 + padding, nullptr),
+      bytes_(static_cast<std::size_t>(row_bytes) * static_cast<std::size_t>(h), kPaddingByte),
+      depth_(depth) {
+    data = bytes_.data();
+    for (std::int32_t i = 0; i < w * h; ++i) Set(i % w, i / w, {0, 0, 0, 0});
+}
+
+void PaddedWorld::Set(std::int32_t x, std::int32_t y, Argb pixel) { SetPixel(*this, x, y, pixel); }
+
+Argb PaddedWorld::Get(std::int32_t x, std::int32_t y) const { return GetPixel(*this, x, y); }
+
+bool PaddedWorld::PaddingUntouched() const {
+    for (std::int32_t y = 0; y < height; ++y) {
+        const std::uint8_t* end = PixelOf(*this, width, y);
+        if (!std::all_of(end, end + row_bytes - width * kPixelBytes, [](std::uint8_t b) { return b == kPaddingByte; }))
+            return false;
+    }
+    return true;
+}
+
+VRL_AutoTraceParams PlainTraceParams() {
+    return {.channel = kVRLTraceLuminance,
+            .tolerance = 1,
+            .threshold = 50,
+            .blur_radius = 0,
+            .invert = 0,
+            .layer_transform = nullptr,
+            .minimum_area = 0,
+            .corner_angle = 40};
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "api/auto_trace_params.h"
+#include "host/world.h"
+
+// Pictures and parameters for tests of tracing.
+
+struct Argb {
+    std::uint8_t a, r, g, b;
+    friend bool operator==(const Argb&, const Argb&) = default;
+};
+
+std::unique_ptr<GW_World> WorldOf(std::int32_t width, std::int32_t height, std::initializer_list<Argb> pixels);
+
+/// White where the rows, separated by blanks, have a #, black elsewhere; opaque.
+std::unique_ptr<GW_World> Drawing(const std::string& rows);
+
+/// A character a pixel, row by row: # for white ones, - for black ones, ? for any other. Alpha does not count.
+std::string SetPixels(const GW_World& world);
+
+/// An 8-bit world with `padding` bytes after every row.
+class PaddedWorld final : public GW_World {
+ public:
+    PaddedWorld(std::int32_t w, std::int32_t h, std::int32_t padding, std::int32_t depth = 8);
+    std::int32_t Depth() const override { return depth_; }
+
+    void Set(std::int32_t x, std::int32_t y, Argb pixel);
+    Argb Get(std::int32_t x, std::int32_t y) const;
+    bool PaddingUntouched() const;
+
+ private:
+    std::vector<std::uint8_t> bytes_;
+    std::int32_t depth_;
+};
+
+/// Luminance at half, tolerance 1, corners at 40 per cent, nothing else.
+VRL_AutoTraceParams PlainTraceParams();
+
+/// The int that `work` throws; 0 when it throws nothing.
+template <class Work>
+int ThrownInt(Work work) {
+    try {
+        work();
+        return 0;
+    } catch (int thrown) {
+        return thrown;
+    }
+}

@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/errors.h"
+#include "tests/support/bitmaps.h"
+#include "tests/support/plain_merge.h"
+#include "tests/support/plain_tracer.h"
+#include "tests/support/planar_map_laws.h"
+#include "trace/candidate_queue.h"
+#include "trace/color_table.h"
+#include "trace/region_merge.h"
+
+namespace {
+
+using support::MapOfRows;
+using support::Rgb;
+
+// No two have the same red. '.' is black, '#' white with lightness 100, 2 a grey of 76, 3 a red; from 4 on greys of lightness
+// 20.6, 40.2, 43.8 and 66.0.
+const std::vector<Rgb> kColours = {{0, 0, 0}, {255, 255, 255}, {128, 128, 128}, {200, 40, 90},
+                                   {8, 8, 8}, {29, 29, 29},    {35, 35, 35},    {90, 90, 90}};
+
+// Lightness 68.9 to 72.3: a merge moves means by about the limit from which on neighbours look again.
+const std::vector<Rgb> kNearGreys = {{100, 100, 100}, {103, 103, 103}, {105, 105, 105}, {112, 112, 112}};
+
+// The number of one of the colours in the thread's palette.
+std::uint8_t PaletteNumber(std::uint8_t colour) {
+    std::uint8_t number = 0;
+    while (RPColorTable::OfThread().Entry(number).colour.components[0] != kColours[colour][0]) ++number;
+    return number;
+}
+
+// The merged map must be as if `expected`, with one pair joined where `join` says so, had been traced.
+void ExpectMerged(const std::vector<std::string>& rows, std::int32_t minimum_area, const std::vector<std::string>& expected,
+                  RPJoin join = kJoinNone, std::int32_t x = 0, std::int32_t y = 0) {
+    RPTrace fresh = support::AnyTrace(), trace = support::TraceOf(MapOfRows(rows), kColours);
+    RPMergeSmallRegions(&trace, minimum_area);
+
+    RPPixelMap pixels = MapOfRows(expected);
+    for (std::int32_t row = 0; row < pixels.Height(); ++row) {
+        std::transform(pixels.Row(row), pixels.Row(row) + pixels.Width(), pixels.Row(row), PaletteNumber);
+    }
+    if (join != kJoinNone) pixels.SetJoin(x, y, join);
+    support::PlainTrace(pixels, fresh);
+    EXPECT_EQ(support::DescribeDifference(trace, fresh), "") << rows[0];
+}
+
+void ExpectJoined(const std::vector<std::string>& rows, RPJoin join, std::int32_t x, std::int32_t y) {
+    ExpectMerged(rows, 1, rows, join, x, y);
+}
+
+TEST(RegionMerge, ASmallRegionTakesTheColourRoundIt) {
+    ExpectMerged({".....", ".....", "..#..", "....."}, 2, {".....", ".....", ".....", "....."});
+    ExpectMerged({".......", ".#####.", ".#...#.", ".#####.", "......."}, 4,
+                 {".......", ".#####.", ".#####.", ".#####.", "......."});
+    ExpectMerged({"#.."}, 1, {"#.."});
+    ExpectMerged({"#"}, 100, {"#"});
+}
+
+TEST(RegionMerge, BoundariesNearACheckerboardCornerVoteForAPair) {
+    // All four edges close in on the two single pixels.
+    ExpectJoined({"....", ".#..", "..#.", "...."}, kJoinUpLeft, 2, 2);
+    ExpectJoined({"....", "..#.", ".#..", "...."}, kJoinUpRight, 2, 2);
+    // Four straight edges, four regions: the pair up-right and down-left.
+    ExpectJoined({"..##", "..##", "##..", "##.."}, kJoinUpRight, 2, 2);
+    // Straight edges, but that pair is one region already: the other one. With its colours turned round, too.
+    ExpectJoined({"..###", "..###", "##..#", "##..#", "#####"}, kJoinUpLeft, 2, 2);
+    ExpectJoined({"##...", "##...", "..##.", "..##.", "....."}, kJoinUpLeft, 2, 2);
+    // One region on the other diagonal makes no difference.
+    ExpectJoined({"###..", "###..", "#..##", "#..##", "#####"}, kJoinUpRight, 3, 2);
+    // A single vote, from the right edge turning right and from the up edge turning right, outweighs what a tie would give.
+    ExpectJoined({"..##", "..##", "##.#", "##.#"}, kJoinUpLeft, 2, 2);
+    ExpectJoined({".....", "..###", "##..#", "##..#", "#####"}, kJoinUpRight, 2, 2);
+    // Only one pair is of one colour.
+    ExpectJoined({"..##", "..##", "22..", "22.."}, kJoinUpLeft, 2, 2);
+    ExpectJoined({"..##", "..##", "##22", "##22"}, kJoinUpRight, 2, 2);
+}
+
+TEST(RegionMerge, AGroupsColourIsThatOfALargeMemberNearTheMean) {
+    // The second, white, is a bit nearer to the mean of 50.2 than black, and the grey nearer still. With a second that is
+    // only half the largest, the others do not count.
+    ExpectMerged({"....###22"}, 10, {"222222222"});
+    ExpectMerged({"....##22"}, 10, {"........"});
+    // Grey is the nearest to 47.0, but only the fourth in size.
+    ExpectMerged({"..2###.."}, 9, {"........"});
+    // Of equal members the earlier one counts: the merge puts the one on the left side of the shared edge first.
+    ExpectMerged({".#"}, 3, {"##"});
+    ExpectMerged({"#."}, 3, {".."});
+}
+
+TEST(RegionMerge, NeighboursLookAgainWhenAGroupsColourMoves) {
+    // The 4 is nearest to the 5s and goes first. The 6 would rather go to the 7s than to the 4, but it is nearer to the mean
+    // of the 4 and the 5s than to either.
+    ExpectMerged({"5554677"}, 2, {"5555577"});
+}
+
+TEST(RegionMerge, AMissingTraceIsRefused) {
+    try {
+        RPMergeSmallRegions(nullptr, 1);
+        FAIL();
+    } catch (int code) {
+        EXPECT_EQ(code, kFailedCheck);
+    }
+}
+
+TEST(RegionMerge, RandomBitmapsMergeAsThePlainWayDoes) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 1500; ++i) {
+        const RPPixelMap pixels = support::AnyBitmap(random, 14);
+        const std::vector<Rgb>& palette = i % 2 == 0 ? kColours : kNearGreys;
+        RPTrace trace = support::TraceOf(pixels, palette);
+        const std::int32_t minimum_area = std::array{1, 2, 3, 5, 8, 20, 300}[static_cast<std::size_t>(i % 7)];
+        const RPPixelMap expected = support::PlainMerge(pixels, trace, minimum_area);
+        RPTrace fresh = support::TraceOf(pixels, palette);
+        support::PlainTrace(expected, fresh);
+
+        RPMergeSmallRegions(&trace, minimum_area);
+        ASSERT_EQ(support::DescribeDifference(trace, fresh), "") << i;
+        ASSERT_EQ(support::BrokenLaw(expected, trace), "") << i;
+        for (const RPRegion& region : trace.regions) {
+            ASSERT_TRUE(region.area >= minimum_area || trace.regions.size() == 1) << i;
+        }
+    }
+}
+
+TEST(CandidateQueue, GivesTheNearestThenTheLowestEdge) {
+    std::mt19937 random(2);
+    const auto below = [&](int limit) { return static_cast<std::int32_t>(random() % static_cast<unsigned>(limit)); };
+    RPCandidateQueue queue(40);
+    std::map<std::int32_t, std::pair<float, std::int32_t>> plain;
+    for (int i = 0; i < 20000; ++i) {
+        const std::int32_t group = below(40);
+        if (below(3) == 0) {
+            queue.Remove(group);
+            plain.erase(group);
+        } else {
+            plain[group] = {static_cast<float>(below(5)) * 0.3F, below(100)};
+            queue.Set(group, {plain[group].second, plain[group].first});
+        }
+        ASSERT_EQ(queue.IsEmpty(), plain.empty());
+        if (plain.empty()) continue;
+        const auto smallest = [](const auto& a, const auto& b) { return a.second < b.second; };
+        ASSERT_EQ(queue.FirstEdge(), std::min_element(plain.begin(), plain.end(), smallest)->second.second);
+    }
+}
+
+}  // namespace
