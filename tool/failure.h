@@ -1,6 +1,8 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace vrltool {
 
@@ -9,6 +11,11 @@ namespace vrltool {
 class Failure : public std::runtime_error {
  public:
     using std::runtime_error::runtime_error;
+};
+
+/// Thrown when some of several files failed and the work on the others is done.
+struct FailedFiles {
+    std::vector<std::string> complaints;  // texts of the failures
 };
 
 }  // namespace vrltool

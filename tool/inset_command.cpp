@@ -58,7 +58,7 @@ std::vector<ShapeRecord> InsetShapes(const std::vector<ShapeRecord>& records, co
 void RunInset(const InsetOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
     OutputFile output(options.output);
-    output.Write(ShapeWriterFor(options.output)(InsetShapes(records, options)));
+    output.Write(ShapeWriterFor(options.output)(InsetShapes(records, options), {}));
     output.Commit();
 }
 

@@ -17,4 +17,10 @@ int InterruptSignal();
 /// @throws Interruption  once a stop was asked for
 void ThrowIfInterrupted();
 
+/// The exit status of a program that `signal` stopped.
+inline int ExitStatusOf(const Interruption& interruption) {
+    constexpr int kSignalBase = 128;
+    return kSignalBase + interruption.signal;
+}
+
 }  // namespace vrltool

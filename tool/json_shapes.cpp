@@ -176,8 +176,14 @@ std::vector<ShapeRecord> ReadJsonShapes(std::string_view text) {
     return records;
 }
 
-std::string WriteJsonShapes(const std::vector<ShapeRecord>& records) {
-    std::string out = "{\"shapes\": [";
+std::string WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
+    std::string out = "{";
+    if (extras.total_ms) {
+        out.append("\"total_ms\": ");
+        AppendNumber(*extras.total_ms, out);
+        out.append(", ");
+    }
+    out.append("\"shapes\": [");
     const char* separator = "\n  ";
     for (const ShapeRecord& record : records) {
         out.append(std::exchange(separator, ",\n  "));

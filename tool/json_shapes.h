@@ -21,6 +21,6 @@ namespace vrltool {
 std::vector<ShapeRecord> ReadJsonShapes(std::string_view text);
 
 /// Every number is the shortest text that reads back to the same 32-bit float (positions: 64-bit).
-std::string WriteJsonShapes(const std::vector<ShapeRecord>& records);
+std::string WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras = {});
 
 }  // namespace vrltool

@@ -9,7 +9,9 @@ namespace vrltool {
 
 LibrarySession::LibrarySession() {
     refhost::SetReportSink([this](const refhost::Report& report) {
-        reports_.append(reports_.empty() ? "" : "; ").append(report.text);
+        const std::scoped_lock lock(lock_);
+        std::string& reports = reports_[std::this_thread::get_id()];
+        reports.append(reports.empty() ? "" : "; ").append(report.text);
         return 0;
     });
     VRL_Birth();
@@ -21,9 +23,16 @@ LibrarySession::~LibrarySession() {
 }
 
 void LibrarySession::Check(std::int32_t status, const std::string& subject) {
+    const std::string reports = TakeReports();
     if (status == 0) return;
     ThrowIfInterrupted();
-    throw Failure(subject + ": " + (reports_.empty() ? "failed with status " + std::to_string(status) : reports_));
+    throw Failure(subject + ": " + (reports.empty() ? "failed with status " + std::to_string(status) : reports));
+}
+
+std::string LibrarySession::TakeReports() {
+    const std::scoped_lock lock(lock_);
+    const auto node = reports_.extract(std::this_thread::get_id());
+    return node.empty() ? std::string() : node.mapped();
 }
 
 }  // namespace vrltool

@@ -17,17 +17,19 @@
 #include "tool/inset_command.h"
 #include "tool/interrupt.h"
 #include "tool/mask_command.h"
+#include "tool/trace_command.h"
 
 namespace {
 
 using namespace vrltool;
 
-enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2, kSignalBase = 128 };
+enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
 constexpr const char* kExamples = R"(Examples:
   vrl mask hand.json --size 640x480 --feather 8 -o hand.png
   vrl apply photo.png hand.json -o cut.png
   vrl inset hand.json --distance 4 -o smaller.svg
+  vrl trace logo.png -o logo.svg
   vrl info icon.svg
   vrl mask --help)";
 
@@ -53,7 +55,8 @@ void FlushStandardOutput() {
 }
 
 int Run(int argc, char** argv) {
-    CLI::App program("Renders the masks of vector shapes, cuts pictures out by them and moves outlines.", "vrl");
+    CLI::App program(
+        "Renders the masks of vector shapes, cuts pictures out by them, moves outlines and traces pictures into shapes.", "vrl");
     program.set_version_flag("--version", "vrl " VRL_VERSION);
     program.require_subcommand(0, 1);  // a missing one is told below, a misspelt one by the parser
     program.footer(kExamples);
@@ -61,6 +64,7 @@ int Run(int argc, char** argv) {
     AddMaskCommand(program, chosen);
     AddApplyCommand(program, chosen);
     AddInsetCommand(program, chosen);
+    AddTraceCommand(program, chosen);
     AddInfoCommand(program, chosen);
     try {
         program.parse(argc, argv);
@@ -87,7 +91,10 @@ int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
     } catch (const Interruption& interruption) {
-        return kSignalBase + interruption.signal;
+        return ExitStatusOf(interruption);
+    } catch (const FailedFiles& failed) {
+        for (const std::string& complaint : failed.complaints) Complain(complaint);
+        return kFailed;
     } catch (const std::bad_alloc&) {
         return Complain("not enough memory");
     } catch (const std::exception& error) {

@@ -13,7 +13,7 @@ namespace vrltool {
 std::vector<ShapeRecord> LoadShapes(const std::string& path);
 
 /// Makes the text of a file of shapes.
-using ShapeWriter = std::string (*)(const std::vector<ShapeRecord>& records);
+using ShapeWriter = std::string (*)(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras);
 
 /// The writer for a file of that name, by its ending; JSON for standard output. Null when the ending says neither.
 ShapeWriter ShapeWriterFor(const std::string& path);

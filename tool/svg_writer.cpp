@@ -19,9 +19,7 @@ std::vector<Outline> OutlinesOf(const std::vector<ShapeRecord>& records) {
     return outlines;
 }
 
-/// A pixel at least: a picture without size would turn the drawing off.
-M_FloatRect PictureBounds(const std::vector<Outline>& outlines) {
-    M_FloatRect picture = {0, 0, 1, 1};
+M_FloatRect PictureBounds(const std::vector<Outline>& outlines, M_FloatRect picture) {
     for (const Outline& outline : outlines) {
         const M_FloatRect bounds = TightBounds(outline);
         picture = {std::min(picture.left, std::floor(bounds.left)), std::min(picture.top, std::floor(bounds.top)),
@@ -68,9 +66,9 @@ void AppendSubpath(const Outline& outline, std::string& text) {
 
 }  // namespace
 
-std::string WriteSvgShapes(const std::vector<ShapeRecord>& records) {
+std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
     const std::vector<Outline> outlines = OutlinesOf(records);
-    const auto [left, top, right, bottom] = PictureBounds(outlines);
+    const auto [left, top, right, bottom] = PictureBounds(outlines, extras.picture);
     std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
     AppendAttribute("width", {right - left}, text);
     AppendAttribute("height", {bottom - top}, text);

@@ -9,8 +9,8 @@ namespace vrltool {
 
 /// A drawing of one path that holds every shape as a subpath and is filled by the even-odd rule. Every coordinate is the
 /// shortest text that reads back to the same 32-bit float; modes and feather points have no place in it.
-/// The picture reaches from the layer's corner (0, 0), or from further left or up where a shape lies there, to the ends
-/// of the shapes, in whole pixels. So it reads back in the same place as long as no coordinate is negative.
-std::string WriteSvgShapes(const std::vector<ShapeRecord>& records);
+/// The drawing shows `extras.picture` and, beyond it, all of the shapes, in whole pixels. So it reads back in the same
+/// place as long as no coordinate is negative.
+std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras = {});
 
 }  // namespace vrltool

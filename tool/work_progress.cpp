@@ -16,8 +16,8 @@ constexpr int kBarWidth = 40;                         // characters
 
 }  // namespace
 
-WorkProgress::WorkProgress(std::size_t parts)
-    : info_{this, OnAbort, OnProgress}, parts_(parts), on_terminal_(isatty(STDERR_FILENO) == 1) {}
+WorkProgress::WorkProgress(std::size_t parts, Bar bar)
+    : info_{this, OnAbort, OnProgress}, parts_(parts), shows_bar_(bar == Bar::kOnTerminal && isatty(STDERR_FILENO) == 1) {}
 
 WorkProgress::~WorkProgress() {
     if (shown_percent_ >= 0) std::fputs("\r\033[K", stderr);
@@ -37,7 +37,7 @@ std::int32_t WorkProgress::OnProgress(void* refcon, std::int32_t step, std::int3
 }
 
 void WorkProgress::Show(std::int32_t step, std::int32_t total) {
-    if (!on_terminal_) return;
+    if (!shows_bar_) return;
     const double of_part = total > 0 ? std::clamp(static_cast<double>(step) / total, 0.0, 1.0) : 0;
     const double share = (static_cast<double>(part_) + of_part) / static_cast<double>(parts_);
     const int percent = static_cast<int>(share * 100);

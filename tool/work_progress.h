@@ -10,10 +10,11 @@ namespace vrltool {
 
 /// Follows work that consists of several parts, calls of the library or the program's own loops: passes on a request to
 /// stop, and draws a bar on standard error when that is a terminal and the work has gone on for half a second. The line
-/// is cleared at the end.
+/// is cleared at the end. Of one thread.
 class WorkProgress {
  public:
-    explicit WorkProgress(std::size_t parts);
+    enum class Bar { kOnTerminal, kNever };
+    explicit WorkProgress(std::size_t parts, Bar bar = Bar::kOnTerminal);
     WorkProgress(const WorkProgress&) = delete;
     WorkProgress& operator=(const WorkProgress&) = delete;
     ~WorkProgress();
@@ -36,7 +37,7 @@ class WorkProgress {
     std::size_t parts_;
     std::size_t part_ = 0;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    bool on_terminal_;
+    bool shows_bar_;
     int shown_percent_ = -1;  // -1: no bar on the screen
 };
 

@@ -15,62 +15,17 @@
 #include <vector>
 
 #include "tests/tool/png_files.h"
+#include "tests/tool/program.h"
 #include "tool/json_shapes.h"
 #include "tool/outline_measure.h"
-
-// Runs the program itself, in an empty folder of its own.
 
 namespace vrltool {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
-
-std::string Content(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-struct Outcome {
-    int status;
-    std::string out, err;
-};
-
-class Program : public testing::Test {
- protected:
-    Program() {
-        std::string name = testing::TempDir() + "vrlXXXXXX";
-        folder_ = mkdtemp(name.data());
-        log_ = fs::path(name + ".log");
-        fs::create_directory(log_);
-        Write("square.svg", "<svg><rect x='1' y='1' width='2' height='2'/></svg>");
-    }
-    ~Program() override {
-        fs::remove_all(folder_);
-        fs::remove_all(log_);
-    }
-
-    void Write(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
-
-    /// `arguments` are the shell's, redirections included.
-    Outcome Run(const std::string& arguments) {
-        const std::string command = "cd " + folder_.string() + " && " VRL_TOOL_PATH " " + arguments;
-        const std::string logs = " >" + (log_ / "out").string() + " 2>" + (log_ / "err").string();
-        const int status = std::system(("{ " + command + "; }" + logs).c_str());
-        return {WEXITSTATUS(status), Content(log_ / "out"), Content(log_ / "err")};
-    }
-    std::vector<std::uint32_t> Samples(const std::string& name) { return ReadPngFile((folder_ / name).string()).samples; }
-    std::vector<std::string> Files() {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(folder_)) names.push_back(entry.path().filename());
-        return names;
-    }
-
-    fs::path folder_, log_;
-};
 
 TEST_F(Program, MaskWritesTheCoverage) {
     ASSERT_EQ(Run("mask square.svg --size 4x3 -o m.png").err, "");
@@ -287,7 +242,18 @@ TEST_F(Program, WrongUsageIsStatus2) {
                                          std::string("inset square.svg --distance 1 -o m.png"),
                                          std::string("inset square.svg --distance one -o m.svg"),
                                          std::string("inset square.svg --distance 1 -o m.svg --aspect 0"),
-                                         std::string("inset square.svg --distance 1 -o m.svg --join sharp")}) {
+                                         std::string("inset square.svg --distance 1 -o m.svg --join sharp"),
+                                         std::string("trace -o m.svg"),
+                                         std::string("trace l.png"),
+                                         std::string("trace l.png -o m.png"),
+                                         std::string("trace l.png k.png -o m.svg"),
+                                         std::string("trace l.png a/l.png -o out/"),
+                                         std::string("trace l.png -o m.svg --channel cyan"),
+                                         std::string("trace l.png -o m.svg --threshold 101"),
+                                         std::string("trace l.png -o m.svg --tolerance -1"),
+                                         std::string("trace l.png -o m.svg --corner-angle nan"),
+                                         std::string("trace l.png -o out/ --format pdf"),
+                                         std::string("trace l.png -o m.svg --jobs 0")}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 2) << arguments;
         EXPECT_THAT(outcome.err, MatchesRegex("vrl: [^\n]*\n")) << arguments;
@@ -319,6 +285,10 @@ TEST_F(Program, FailedWorkIsStatus1AndLeavesNoFile) {
         {"inset bad.svg --distance 1 -o m.svg", "vrl: bad\\.svg: <path id=\"x\">: [^\n]*\n"},
         {"inset square.svg --distance 1 -o none/m.svg", "vrl: none/m\\.svg: No such file or directory\n"},
         {"inset square.svg --distance 1 -o - >/dev/full", "vrl: standard output: No space left on device\n"},
+        {"trace none.png -o m.svg", "vrl: none\\.png: No such file or directory\n"},
+        {"trace square.svg -o m.svg", "vrl: square\\.svg: Not a PNG file\n"},
+        {"trace none.png square.svg -o .", "vrl: none\\.png: [^\n]*\nvrl: square\\.svg: [^\n]*\n"},
+        {"trace none.png -o square.svg/out/", "vrl: square\\.svg/out/: Not a directory\n"},
         {"apply none.png square.svg -o m.png", "vrl: none\\.png: No such file or directory\n"},
         {"apply . square.svg -o m.png", "vrl: \\.: Is a directory\n"},
         {"apply - square.svg -o m.png </dev/null", "vrl: standard input: the file ends too early\n"},

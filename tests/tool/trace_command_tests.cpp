@@ -1,0 +1,127 @@
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <numeric>
+#include <random>
+#include <thread>
+
+#include "tests/tool/program.h"
+#include "tool/json_shapes.h"
+#include "tool/outline_measure.h"
+
+namespace vrltool {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+class TraceProgram : public Program {
+ protected:
+    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+
+    /// A disc of radius 10 with a round hole of radius 4, 255 on 0, `channels` samples a pixel all alike.
+    void WriteRing(const std::string& name, int depth, int color_type, int channels) {
+        PngPicture picture = {kSide, kSide, depth, color_type, {}, false, {}, {}};
+        const std::uint32_t full = (1U << depth) - 1;
+        for (int i = 0; i < kSide * kSide; ++i) {
+            const double x = i % kSide + 0.5 - kSide / 2.0, y = i / kSide + 0.5 - kSide / 2.0;
+            const double square = x * x + y * y;
+            picture.samples.insert(picture.samples.end(), static_cast<std::size_t>(channels),
+                                   square < 100 && square > 16 ? full : 0);
+        }
+        WritePngFile(Path(name), picture);
+    }
+
+    static constexpr int kSide = 24;
+};
+
+TEST_F(TraceProgram, EveryKindOfPictureGivesItsOutlines) {
+    WriteRing("grey.png", 8, 0, 1);
+    WriteRing("rgb.png", 8, 2, 3);
+    WriteRing("grey_alpha.png", 8, 4, 2);
+    WriteRing("rgba.png", 8, 6, 4);
+    WriteRing("bits.png", 1, 0, 1);
+    for (const std::string name : {"grey", "rgb", "grey_alpha", "rgba", "bits"}) {
+        ASSERT_EQ(Run("trace " + name + ".png -o " + name + ".json").err, "");
+        const std::vector<ShapeRecord> shapes = ReadJsonShapes(Content(folder_ / (name + ".json")));
+        ASSERT_EQ(shapes.size(), 2U) << name;
+        EXPECT_NEAR(SignedArea(OutlineOf(*shapes[0].shape)), 314, 16) << name;
+        EXPECT_NEAR(SignedArea(OutlineOf(*shapes[1].shape)), 50, 8) << name;
+    }
+    ASSERT_EQ(Run("trace grey.png -o - --invert --transform 2,0,0,2,1,0").status, 0);
+    const std::vector<ShapeRecord> shapes = ReadJsonShapes(Content(log_ / "out"));
+    ASSERT_EQ(shapes.size(), 3U);
+    EXPECT_NEAR(TightBounds(OutlineOf(*shapes[0].shape)).right, 2 * kSide + 1, 2);
+    EXPECT_EQ(Run("trace grey.png -o - --min-area 60 | grep -c closed").out, "1\n");
+    EXPECT_EQ(Run("trace rgba.png -o - --channel alpha --threshold 0 | grep -c closed").out, "1\n");
+
+    // The drawing is as large as the picture, and rendering it gives the picture back but near its outlines.
+    ASSERT_EQ(Run("trace grey.png -o ring.svg --tolerance 0.5").status, 0);
+    EXPECT_THAT(Content(folder_ / "ring.svg"), HasSubstr("viewBox=\"0 0 24 24\""));
+    Run("mask ring.svg --size 24x24 --combine difference -o back.png");
+    const auto source = Samples("grey.png"), back = Samples("back.png");
+    const auto differ = [](std::uint32_t a, std::uint32_t b) { return (a >= 128) != (b >= 128); };
+    EXPECT_LE(std::inner_product(source.begin(), source.end(), back.begin(), 0, std::plus<>(), differ), 12);
+}
+
+TEST_F(TraceProgram, DeepPicturesAreReducedOnlyWhenAsked) {
+    WriteRing("deep.png", 16, 0, 1);
+    const Outcome refused = Run("trace deep.png -o deep.svg");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "vrl: deep.png: NewMaskFromWorld only works for 8bpc\n");
+    EXPECT_FALSE(fs::exists(Path("deep.svg")));
+    const Outcome reduced = Run("trace deep.png -o deep.svg --reduce");
+    EXPECT_EQ(reduced.status, 0);
+    EXPECT_EQ(reduced.err, "vrl: deep.png: reduced from 16 to 8 bits\n");
+    WriteRing("grey.png", 8, 0, 1);
+    Run("trace grey.png -o grey.svg --reduce");
+    EXPECT_EQ(Content(folder_ / "deep.svg"), Content(folder_ / "grey.svg"));
+}
+
+TEST_F(TraceProgram, SeveralPicturesGoIntoAFolderAndOneFailureStopsNoOther) {
+    for (const std::string name : {"a.png", "b.png", "c.png"}) WriteRing(name, 8, 0, 1);
+    EXPECT_EQ(Run("trace a.png b.png c.png -o out/ --jobs 2").err, "");
+    EXPECT_EQ(Content(folder_ / "out/a.svg"), Content(folder_ / "out/c.svg"));
+    EXPECT_THAT(Content(folder_ / "out/b.svg"), StartsWith("<svg"));
+    WriteRing("deep.png", 16, 0, 1);
+    const Outcome outcome = Run("trace a.png deep.png none.png c.png -o out --format json --jobs 3 --stats");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err,
+                HasSubstr("vrl: deep.png: NewMaskFromWorld only works for 8bpc\nvrl: none.png: No such file or directory\n"));
+    EXPECT_THAT(outcome.err, HasSubstr(" a.png     24      24       2 "));
+    EXPECT_THAT(Content(folder_ / "out/c.json"), StartsWith("{\"total_ms\": "));
+    EXPECT_EQ(ReadJsonShapes(Content(folder_ / "out/c.json")).size(), 2U);
+    EXPECT_FALSE(fs::exists(Path("out/deep.json")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(Path("out")), {}), 5);  // nothing half-written
+}
+
+// The call cannot be stopped; the program ends without it.
+TEST_F(TraceProgram, CtrlCEndsALongTrace) {
+    PngPicture noise = {3000, 3000, 1, 0, {}, false, {}, {}};
+    std::mt19937 random(1);
+    std::ranges::generate_n(std::back_inserter(noise.samples), 3000 * 3000, [&] { return random() & 1U; });
+    WritePngFile(Path("noise.png"), noise);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        signal(SIGINT, SIG_DFL);
+        if (chdir(folder_.c_str()) != 0) _exit(99);
+        execl(VRL_TOOL_PATH, "vrl", "trace", "noise.png", "-o", "noise.svg", nullptr);
+        _exit(99);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_EQ(Files().size(), 2U);
+}
+
+}  // namespace
+}  // namespace vrltool

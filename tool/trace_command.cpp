@@ -1,0 +1,280 @@
+#include "tool/trace_command.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "api/vrl.h"
+#include "host/status_of.h"
+#include "tool/failure.h"
+#include "tool/library_session.h"
+#include "tool/option_values.h"
+#include "tool/output_file.h"
+#include "tool/parallel_jobs.h"
+#include "tool/png_reader.h"
+#include "tool/shape_file.h"
+#include "tool/standard_stream.h"
+#include "tool/text_table.h"
+#include "tool/work_progress.h"
+#include "tool/world_rows.h"
+
+namespace vrltool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct TraceOptions {
+    std::vector<std::string> images;
+    std::string output;
+    std::string ending = ".svg";  // of files in a folder
+    VRL_AutoTraceParams params = {.channel = kVRLTraceLuminance,
+                                  .tolerance = 1,
+                                  .threshold = 50,
+                                  .blur_radius = 0,
+                                  .invert = 0,
+                                  .layer_transform = nullptr,
+                                  .minimum_area = 0,
+                                  .corner_angle = 40};
+    M_Matrix3 transform = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    bool transforms = false;
+    bool reduces = false;
+    bool prints_stats = false;
+    std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
+};
+
+const std::map<std::string, VRL_TraceChannel> kChannels = {{"luminance", kVRLTraceLuminance}, {"red", kVRLTraceRed},
+                                                           {"green", kVRLTraceGreen},         {"blue", kVRLTraceBlue},
+                                                           {"alpha", kVRLTraceAlpha},         {"hue", kVRLTraceHue},
+                                                           {"lightness", kVRLTraceLightness}, {"saturation", kVRLTraceSaturation},
+                                                           {"value", kVRLTraceValue}};
+
+constexpr const char* kExamples = R"(Examples:
+  vrl trace logo.png -o logo.svg
+  vrl trace logo.png --channel alpha --tolerance 0.5 --corner-angle 30 -o logo.json
+  vrl trace scan.png --blur 1.5 --threshold 40 --invert --min-area 12 -o scan.svg --stats
+  vrl trace page1.png page2.png page3.png --jobs 2 -o traced/
+  vrl trace - -o - < logo.png > logo.json
+
+A pixel is set when the value of its channel is at least the threshold; --invert turns the picture into its negative first.
+Every outline and every hole of the set pixels becomes a closed shape. A drawing (.svg) shows all of them as one path, filled by
+the even-odd rule; a JSON file holds one shape an outline.
+
+Hue, lightness and saturation have wider ranges than the threshold, 0 to 32767, 0 to 65280 and 0 to 32767, and are compared with
+the same 0 to 255: any colour with a hue above 3 degrees is set, for one.
+
+Several pictures go into a folder, each to a file named after it.)";
+
+using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
+
+/// What became of one picture.
+struct Traced {
+    std::int32_t width = 0, height = 0;
+    std::vector<ShapeRecord> shapes;
+    double milliseconds = 0;  // of the library's call
+    bool reduced = false;
+};
+
+std::unique_ptr<GW_World> ReducedTo8Bits(const GW_World& deep) {
+    constexpr std::uint32_t kMax = SampleTraits<GW_Pixel8>::kMax, kDeepMax = SampleTraits<GW_Pixel16>::kMax;
+    std::unique_ptr<GW_World> world(GW_World::New(deep.width, deep.height, 8, 0));
+    if (!world) throw std::bad_alloc();
+    for (std::int32_t y = 0; y < deep.height; ++y) {
+        std::ranges::transform(RowOf<GW_Pixel16>(deep, y), RowOf<GW_Pixel8>(*world, y).begin(), [](std::uint32_t sample) {
+            return static_cast<GW_Pixel8>((sample * kMax + kDeepMax / 2) / kDeepMax);
+        });
+    }
+    return world;
+}
+
+std::unique_ptr<GW_World> ReadPicture(const std::string& image, bool reduces, Traced& traced) {
+    WorkProgress unseen(1, WorkProgress::Bar::kNever);
+    std::unique_ptr<GW_World> world = ReadPng(image, unseen);
+    traced.reduced = reduces && IsDeep(*world);
+    return traced.reduced ? ReducedTo8Bits(*world) : std::move(world);
+}
+
+void TraceWorld(const GW_World& world, const VRL_AutoTraceParams& params, const std::string& subject, LibrarySession& library,
+                Traced& traced) {
+    traced.width = world.width;
+    traced.height = world.height;
+    Shapes shapes;
+    const auto start = std::chrono::steady_clock::now();
+    const std::int32_t status = VRLp_StatusOf([&] { VRL_NewMasksFromWorld(&world, &params, shapes); });
+    traced.milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    library.Check(status, subject);
+    for (auto& shape : shapes) traced.shapes.push_back({std::move(shape), std::nullopt});
+}
+
+M_FloatRect PictureOf(const Traced& traced, const TraceOptions& options) {
+    const M_FloatRect image = {0, 0, static_cast<double>(traced.width), static_cast<double>(traced.height)};
+    M_FloatRect picture;
+    M_TransformBounds(&options.transform, &image, &picture);
+    return picture;
+}
+
+bool IsFolder(const std::string& path) {
+    std::error_code ignored;  // what cannot be looked at is no folder
+    return path.ends_with('/') || fs::is_directory(path, ignored);
+}
+
+void MakeFolder(const std::string& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (error) throw Failure(path + ": " + error.message());
+}
+
+/// The file for each picture.
+std::vector<std::string> OutputPaths(const TraceOptions& options) {
+    if (!IsFolder(options.output)) return {options.output};
+    std::vector<std::string> paths;
+    for (const std::string& image : options.images) {
+        const fs::path stem = image == kStandardStream ? fs::path("stdin") : fs::path(image).stem();
+        paths.push_back((fs::path(options.output) / stem).string() + options.ending);
+    }
+    return paths;
+}
+
+void RequireDistinct(const std::vector<std::string>& paths) {
+    std::set<std::string> seen;
+    for (const std::string& path : paths) {
+        if (!seen.insert(path).second) throw CLI::ValidationError("two pictures would both be written to " + path);
+    }
+}
+
+std::string ReportOn(const std::vector<std::string>& images, const std::vector<Traced>& results) {
+    TextTable table({"picture", "width", "height", "shapes", "vertices", "open", "closed", "ms"});
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const Traced& traced = results[i];
+        std::size_t vertices = 0, open = 0;
+        for (const ShapeRecord& record : traced.shapes) {
+            constexpr std::int32_t kItemsPerVertex = 3;
+            vertices += static_cast<std::size_t>((*record.shape->GetPoints())->count / kItemsPerVertex);
+            if (record.shape->IsOpen()) ++open;
+        }
+        char milliseconds[32];
+        std::snprintf(milliseconds, sizeof milliseconds, "%.2f", traced.milliseconds);
+        table.AddRow({InputName(images[i]), std::to_string(traced.width), std::to_string(traced.height),
+                      std::to_string(traced.shapes.size()), std::to_string(vertices), std::to_string(open),
+                      std::to_string(traced.shapes.size() - open), milliseconds});
+    }
+    return table.Text();
+}
+
+void PrintNotes(const TraceOptions& options, const std::vector<Traced>& results) {
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        if (!results[i].reduced) continue;
+        std::fprintf(stderr, "vrl: %s: reduced from 16 to 8 bits\n", InputName(options.images[i]).c_str());
+    }
+    if (options.prints_stats) std::fputs(ReportOn(options.images, results).c_str(), stderr);
+}
+
+void RunTrace(const TraceOptions& options) {
+    constexpr std::int32_t kSteps = 3;  // reading, tracing, writing
+    const std::vector<std::string> paths = OutputPaths(options);
+    if (IsFolder(options.output)) MakeFolder(options.output);
+    VRL_AutoTraceParams params = options.params;
+    params.layer_transform = options.transforms ? &options.transform : nullptr;
+
+    LibrarySession library;
+    std::vector<Traced> results(options.images.size());
+    const auto trace = [&](std::size_t i, const JobCalls& calls) {
+        Traced& traced = results[i];
+        const std::unique_ptr<GW_World> world = ReadPicture(options.images[i], options.reduces, traced);
+        calls.step_done();
+        TraceWorld(*world, params, InputName(options.images[i]), library, traced);
+        calls.step_done();
+        ShapeFileExtras extras = {.picture = PictureOf(traced, options), .total_ms = {}};
+        if (options.prints_stats) extras.total_ms = traced.milliseconds;
+        const std::string text = ShapeWriterFor(paths[i])(traced.shapes, extras);
+        calls.commit([&] {
+            OutputFile output(paths[i]);
+            output.Write(text);
+            output.Commit();
+        });
+        calls.step_done();
+    };
+    try {
+        RunJobs(results.size(), options.jobs, kSteps, trace);
+    } catch (const FailedFiles&) {
+        PrintNotes(options, results);
+        throw;
+    }
+    PrintNotes(options, results);
+}
+
+void AddFileArguments(CLI::App& command, TraceOptions& options) {
+    command.add_option("IMAGE", options.images, "PNG files, - for standard input")->required()->type_name("");
+    command.add_option("-o,--output", options.output, "SVG or JSON file to write, - for standard output, or a folder (FOLDER/)")
+        ->required()
+        ->type_name("FILE");
+    AddValue(command, "--format", "NAME", "kind of the files in a folder, svg or json",
+             [&](const std::string& text) { options.ending = "." + text; })
+        ->check(CLI::IsMember({"svg", "json"}))
+        ->default_str("svg");
+    AddValue(command, "--jobs", "N", "pictures traced at the same time", [&](const std::string& text) {
+        options.jobs = static_cast<std::size_t>(ParseNumber(text, 1, 256));
+    })->default_str(std::to_string(options.jobs));
+    command.add_flag("--reduce", options.reduces, "take pictures of 16 bits, reduced to 8");
+    command.add_flag("--stats", options.prints_stats, "print sizes, counts and times; JSON files get the time as \"total_ms\"");
+}
+
+void AddTracingArguments(CLI::App& command, TraceOptions& options) {
+    VRL_AutoTraceParams& params = options.params;
+    const auto add_number = [&](const char* name, const char* unit, const char* description, float& value, double high) {
+        AddValue(command, name, unit, description, [&value, high](const std::string& text) {
+            value = static_cast<float>(ParseNumber(text, 0, high));
+        })->default_str(CLI::detail::to_string(value));
+    };
+    constexpr double kPercent = 100, kMostPixels = 2147483647;
+    AddValue(command, "--channel", "NAME", "luminance, red, green, blue, alpha, hue, lightness, saturation or value",
+             [&](const std::string& text) { params.channel = kChannels.at(text); })
+        ->check(CLI::IsMember(kChannels))
+        ->default_str("luminance");
+    add_number("--threshold", "PCT", "set pixels are those not below it", params.threshold, kPercent);
+    add_number("--tolerance", "PX", "how far curves may stray from the pixels' outline", params.tolerance, kMaxSide);
+    add_number("--blur", "PX", "radius of a blur before the threshold", params.blur_radius, kMaxSide);
+    command.add_flag_callback(
+        "--invert", [&] { params.invert = 1; }, "trace the negative");
+    add_number("--min-area", "PX", "merge smaller regions into their neighbours", params.minimum_area, kMostPixels);
+    add_number("--corner-angle", "PCT", "outlines that turn further have a corner, in per cent of half a turn",
+               params.corner_angle, kPercent);
+    AddValue(command, "--transform", "a,b,c,d,tx,ty", "maps the shapes: x to a x + c y + tx, y to b x + d y + ty",
+             [&](const std::string& text) {
+                 options.transform = ParseMatrix(text);
+                 options.transforms = true;
+             });
+}
+
+void CheckOutput(const TraceOptions& options) {
+    if (IsFolder(options.output)) return RequireDistinct(OutputPaths(options));
+    if (options.images.size() > 1) throw CLI::ValidationError("several pictures need a folder to be written to, -o FOLDER/");
+    if (ShapeWriterFor(options.output) == nullptr) {
+        throw CLI::ValidationError("--output", '"' + options.output + "\" does not end in .svg or .json");
+    }
+}
+
+}  // namespace
+
+void AddTraceCommand(CLI::App& program, Command& chosen) {
+    const auto options = std::make_shared<TraceOptions>();
+    CLI::App& command = *program.add_subcommand("trace", "Trace pictures into shapes");
+    AddFileArguments(command, *options);
+    AddTracingArguments(command, *options);
+    command.footer(kExamples);
+    command.callback([options, &chosen] {
+        CheckOutput(*options);
+        chosen = [options] { RunTrace(*options); };
+    });
+}
+
+}  // namespace vrltool
