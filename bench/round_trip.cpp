@@ -97,7 +97,7 @@ void Combine(const DY_Shape& shape, Pixels& pixels) {
     const M_FloatRect bounds = vrltool::TightBounds(vrltool::OutlineOf(shape));
     const std::int32_t left = FloorToInt(bounds.left), top = FloorToInt(bounds.top);
     GW_UnoBuffer buffer(CeilToInt(bounds.right) - left + 1, CeilToInt(bounds.bottom) - top + 1, 8);
-    const VRL_MaskParams params = {.opacity = 65536, .pixel_aspect = 1, .quality = 1};
+    const VRL_MaskParams params = {.pixel_aspect = 1, .opacity = 65536, .quality = 1};
     const M_Matrix3 move = {{{1, 0, 0}, {0, 1, 0}, {static_cast<double>(-left), static_cast<double>(-top), 1}}};
     if (VRL_MaskWithShape(&shape, &params, &move, &buffer, nullptr) != 0) std::abort();
     for (std::int32_t y = 0; y < buffer.height; ++y) {
