@@ -217,13 +217,11 @@ void StageTrace(benchmark::State& state, const Bitmap& bitmap) {
     for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(TraceOf(*world).regions.data());
 }
 
-void StageMerge(benchmark::State& state, const Bitmap& bitmap) {
+void StageTraceAndMerge(benchmark::State& state, const Bitmap& bitmap) {
     constexpr std::int32_t kMinimumArea = 16;
     const auto world = WorldOf(bitmap);
     for ([[maybe_unused]] auto _ : state) {
-        state.PauseTiming();
         RPTrace trace = TraceOf(*world);
-        state.ResumeTiming();
         RPMergeSmallRegions(&trace, kMinimumArea);
     }
 }
@@ -270,7 +268,7 @@ const bool registered = [] {
 #endif
                                                            {"Stage/preprocess/", StagePreprocess},
                                                            {"Stage/trace/", StageTrace},
-                                                           {"Stage/merge/", StageMerge},
+                                                           {"Stage/trace_and_merge/", StageTraceAndMerge},
                                                            {"Stage/fit/", StageFit},
                                                            {"Stage/shapes/", StageShapes}};
     for (const Input& input : inputs) {

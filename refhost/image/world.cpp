@@ -1,11 +1,16 @@
 #include "host/world.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <new>
 
 #include "refhost/services/faults.h"
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
 
 namespace {
 
@@ -21,19 +26,39 @@ class ReferringWorld final : public GW_World {
     std::int32_t depth_;
 };
 
+/// Asks for large pages where the system has them: the first touch of every small one would cost more than a pass over the
+/// picture.
+void PreferLargePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t bytes) {
+#if defined(__linux__)
+    constexpr std::uintptr_t kPage = 4096, kWorthwhile = std::uintptr_t{1} << 22;
+    if (bytes < kWorthwhile) return;
+    const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(block) + kPage - 1) / kPage * kPage;
+    const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(block) + bytes) / kPage * kPage;
+    madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);  // only advice: it may be refused
+#endif
+}
+
+/// Large blocks come from the system with zeros in them already.
+void* ZeroedBlock(std::size_t bytes) {
+    void* block = refhost::AllocationFails() ? nullptr : std::calloc(std::max<std::size_t>(bytes, 1), 1);
+    if (block == nullptr) throw std::bad_alloc();
+    PreferLargePages(block, bytes);
+    return block;
+}
+
 class OwningWorld final : public GW_World {
  public:
     OwningWorld(std::int32_t w, std::int32_t h, std::int32_t depth, std::int32_t row_stride)
         : GW_World(w, h, row_stride, nullptr),
           depth_(depth),
-          pixels_(std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(row_stride) * static_cast<std::size_t>(h))) {
+          pixels_(ZeroedBlock(static_cast<std::size_t>(row_stride) * static_cast<std::size_t>(h)), std::free) {
         data = pixels_.get();
     }
     std::int32_t Depth() const override { return depth_; }
 
  private:
     std::int32_t depth_;
-    std::unique_ptr<std::uint8_t[]> pixels_;
+    std::unique_ptr<void, decltype(&std::free)> pixels_;
 };
 
 // alpha + (max - alpha) * mask / full, rounded; exact for any two depths.

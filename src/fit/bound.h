@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/owner.h"
+#include "fit/pooled.h"
 #include "fit/segment.h"
 
 class CFOpenBound;
@@ -31,7 +32,7 @@ class CFBound {
 };
 
 /// The points start, start + 1, ... end; on a closed chain past its last point when `start` exceeds `end`.
-class CFOpenBound : public CFBound {
+class CFOpenBound : public CFBound, public CFPooled<CFOpenBound> {
  public:
     /// @throws int  kBrokenInvariant for an index outside the chain, equal ends, or ends in the wrong order on an open chain
     CFOpenBound(const CFSegment& segment, std::int32_t start, std::int32_t end);

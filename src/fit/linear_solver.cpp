@@ -4,17 +4,18 @@
 #include <cmath>
 #include <utility>
 
+#include "base/errors.h"
 #include "base/narrow.h"
 
 namespace {
 
 constexpr float kSingular = 1e-6F;
 
-using Vector = CFVectorX<float>;
+// The size `n` of the system is known at compile time, so that the loops unroll: thousands of tiny systems are solved.
 
 /// The reciprocal of the largest magnitude of every row; false when a row is zero.
-bool RowScales(const Vector& matrix, Vector& scales) {
-    const std::size_t n = scales.Size();
+template <std::size_t n>
+bool RowScales(const float* matrix, float* scales) {
     for (std::size_t row = 0; row < n; ++row) {
         float largest = 0.0F;
         for (std::size_t column = 0; column < n; ++column) largest = std::max(largest, std::abs(matrix[row * n + column]));
@@ -26,7 +27,8 @@ bool RowScales(const Vector& matrix, Vector& scales) {
 
 /// The entry less the products of the part of its row and its column that are decomposed already, `terms` of them. Summed in
 /// double and rounded once.
-float Reduced(const Vector& matrix, std::size_t n, std::size_t row, std::size_t column, std::size_t terms) {
+template <std::size_t n>
+float Reduced(const float* matrix, std::size_t row, std::size_t column, std::size_t terms) {
     auto sum = static_cast<double>(matrix[row * n + column]);
     for (std::size_t k = 0; k < terms; ++k) {
         sum -= static_cast<double>(matrix[row * n + k]) * static_cast<double>(matrix[k * n + column]);
@@ -34,9 +36,9 @@ float Reduced(const Vector& matrix, std::size_t n, std::size_t row, std::size_t 
     return NarrowToFloat(sum);
 }
 
-void SwapRows(Vector& matrix, Vector& scales, Vector& rhs, std::size_t a, std::size_t b) {
+template <std::size_t n>
+void SwapRows(float* matrix, float* scales, float* rhs, std::size_t a, std::size_t b) {
     if (a == b) return;
-    const std::size_t n = rhs.Size();
     for (std::size_t column = 0; column < n; ++column) std::swap(matrix[a * n + column], matrix[b * n + column]);
     std::swap(scales[a], scales[b]);
     std::swap(rhs[a], rhs[b]);
@@ -44,23 +46,23 @@ void SwapRows(Vector& matrix, Vector& scales, Vector& rhs, std::size_t a, std::s
 
 /// Leaves the upper factor on and above the diagonal and the lower one, with ones on its diagonal, below; `rhs` in the order
 /// of the exchanged rows.
-bool Decompose(Vector& matrix, Vector& rhs) {
-    const std::size_t n = rhs.Size();
-    Vector scales(n);
-    if (!RowScales(matrix, scales)) return false;
+template <std::size_t n>
+bool Decompose(float* matrix, float* rhs) {
+    float scales[n];
+    if (!RowScales<n>(matrix, scales)) return false;
     for (std::size_t column = 0; column < n; ++column) {
-        for (std::size_t row = 0; row < column; ++row) matrix[row * n + column] = Reduced(matrix, n, row, column, row);
+        for (std::size_t row = 0; row < column; ++row) matrix[row * n + column] = Reduced<n>(matrix, row, column, row);
         std::size_t pivot = column;
         float best = -1.0F;
         for (std::size_t row = column; row < n; ++row) {
-            matrix[row * n + column] = Reduced(matrix, n, row, column, column);
+            matrix[row * n + column] = Reduced<n>(matrix, row, column, column);
             const float size = scales[row] * std::abs(matrix[row * n + column]);
             if (size > best) {
                 best = size;
                 pivot = row;
             }
         }
-        SwapRows(matrix, scales, rhs, column, pivot);
+        SwapRows<n>(matrix, scales, rhs, column, pivot);
         const float diagonal = matrix[column * n + column];
         if (!(std::abs(diagonal) > kSingular)) return false;
         for (std::size_t row = column + 1; row < n; ++row) matrix[row * n + column] /= diagonal;
@@ -68,11 +70,9 @@ bool Decompose(Vector& matrix, Vector& rhs) {
     return true;
 }
 
-}  // namespace
-
-bool Solve(CFVectorX<float>& matrix, CFVectorX<float>& rhs) {
-    if (!Decompose(matrix, rhs)) return false;
-    const std::size_t n = rhs.Size();
+template <std::size_t n>
+bool SolveSystem(float* matrix, float* rhs) {
+    if (!Decompose<n>(matrix, rhs)) return false;
     const auto term = [&](std::size_t row, std::size_t k) {
         return static_cast<double>(matrix[row * n + k]) * static_cast<double>(rhs[k]);
     };
@@ -87,4 +87,19 @@ bool Solve(CFVectorX<float>& matrix, CFVectorX<float>& rhs) {
         rhs[row] = NarrowToFloat(sum / static_cast<double>(matrix[row * n + row]));
     }
     return true;
+}
+
+}  // namespace
+
+bool Solve(CFVectorX<float>& matrix, CFVectorX<float>& rhs) {
+    switch (rhs.Size()) {
+        case 2:
+            return SolveSystem<2>(&matrix[0], &rhs[0]);
+        case 3:
+            return SolveSystem<3>(&matrix[0], &rhs[0]);
+        case 4:
+            return SolveSystem<4>(&matrix[0], &rhs[0]);
+        default:
+            throw kBrokenInvariant;
+    }
 }

@@ -14,17 +14,4 @@ CFSegment::CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type
     ys_.resize(stored);
 }
 
-CFPoint CFSegment::Point(std::int32_t index) const {
-    if (IsClosed()) index = RoundLoop(index, count_);
-    if (index < 0 || index >= count_) throw std::out_of_range("invalid vector subscript");
-    const auto i = static_cast<std::size_t>(index);
-    return {xs_[i], ys_[i]};
-}
-
-void CFSegment::SetPoint(std::int32_t index, CFPoint point) {
-    if (index < 0 || index >= count_) throw std::out_of_range("invalid vector subscript");
-    for (auto i = static_cast<std::size_t>(index); i < xs_.size(); i += static_cast<std::size_t>(count_)) {
-        xs_[i] = point.x;
-        ys_[i] = point.y;
-    }
-}
+void CFSegment::RefuseIndex() { throw std::out_of_range("invalid vector subscript"); }

@@ -20,6 +20,13 @@ enum CFChainType : std::int32_t {
     kChainClosed = 2,      // the first point
 };
 
+/// `index` taken round a loop of `count` points, into 0 to count - 1.
+inline std::int32_t RoundLoop(std::int32_t index, std::int32_t count) {
+    if (0 <= index && index < count) return index;  // as a rule: a division would cost more than all the rest
+    const std::int32_t rest = index % count;
+    return rest < 0 ? rest + count : rest;
+}
+
 /// A chain of outline points in pixels.
 class CFSegment {
  public:
@@ -40,9 +47,23 @@ class CFSegment {
 
     /// On a closed chain any index is taken round the loop.
     /// @throws std::out_of_range  "invalid vector subscript" outside an open chain
-    CFPoint Point(std::int32_t index) const;
+    CFPoint Point(std::int32_t index) const {
+        if (IsClosed()) {
+            index = RoundLoop(index, count_);
+        } else if (index < 0 || index >= count_) {
+            RefuseIndex();
+        }
+        const auto i = static_cast<std::size_t>(index);
+        return {xs_[i], ys_[i]};
+    }
     /// @throws std::out_of_range  "invalid vector subscript" when `index` is outside 0 to Count() - 1
-    void SetPoint(std::int32_t index, CFPoint point);
+    void SetPoint(std::int32_t index, CFPoint point) {
+        if (index < 0 || index >= count_) RefuseIndex();
+        for (auto i = static_cast<std::size_t>(index); i < xs_.size(); i += static_cast<std::size_t>(count_)) {
+            xs_[i] = point.x;
+            ys_[i] = point.y;
+        }
+    }
 
     /// The coordinates in order. Those of a closed chain follow twice, so that every range of up to Count() + 1 points can
     /// be read straight on from its first point.
@@ -53,12 +74,8 @@ class CFSegment {
     CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type, std::int32_t tag);
 
  private:
+    [[noreturn]] static void RefuseIndex();
+
     std::vector<float> xs_, ys_;
     std::int32_t count_, kind_, type_, tag_;
 };
-
-/// `index` taken round a loop of `count` points, into 0 to count - 1.
-inline std::int32_t RoundLoop(std::int32_t index, std::int32_t count) {
-    const std::int32_t rest = index % count;
-    return rest < 0 ? rest + count : rest;
-}

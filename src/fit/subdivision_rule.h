@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/owner.h"
+#include "fit/pooled.h"
 #include "fit/ranking.h"
 #include "fit/tangent_estimator.h"
 
@@ -38,7 +39,7 @@ class CFMidpointRule : public CFSubdivRule {
 };
 
 /// Cuts at the highest corner score inside the span, at the first of several; in the middle when all are 0.
-class CFCRRule : public CFSubdivRule {
+class CFCRRule : public CFSubdivRule, public CFPooled<CFCRRule> {
  public:
     /// Borrows the chain's ranking.
     explicit CFCRRule(const CFRanking& ranking) : CFSubdivRule(kSubdivCornerRanking), ranking_(&ranking) {}

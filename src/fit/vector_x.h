@@ -5,22 +5,26 @@
 #include <cstddef>
 #include <memory>
 
-/// A small resizable numeric array. Its storage grows to powers of two and never shrinks.
+/// A small resizable numeric array. Its storage grows to powers of two and never shrinks; a few elements need none beside
+/// the array itself.
 template <class T>
 class CFVectorX {
  public:
     CFVectorX() = default;
     explicit CFVectorX(std::size_t size) { Resize(size); }
+    CFVectorX(const CFVectorX&) = delete;
+    CFVectorX& operator=(const CFVectorX&) = delete;
     virtual ~CFVectorX() = default;
 
     /// Makes it `size` zeros.
     void Resize(std::size_t size) {
         if (size > capacity_) {
             capacity_ = std::bit_ceil(size);
-            elements_ = std::make_unique<T[]>(capacity_);
+            storage_ = std::make_unique<T[]>(capacity_);
+            elements_ = storage_.get();
         }
         size_ = size;
-        std::fill_n(elements_.get(), size, T{});
+        std::fill_n(elements_, size, T{});
     }
 
     std::size_t Size() const { return size_; }
@@ -28,6 +32,10 @@ class CFVectorX {
     const T& operator[](std::size_t i) const { return elements_[i]; }
 
  private:
-    std::size_t size_ = 0, capacity_ = 0;
-    std::unique_ptr<T[]> elements_;
+    static constexpr std::size_t kFew = 16;
+
+    T few_[kFew];
+    T* elements_ = few_;
+    std::size_t size_ = 0, capacity_ = kFew;
+    std::unique_ptr<T[]> storage_;
 };

@@ -4,9 +4,10 @@
 
 #include "base/owner.h"
 #include "fit/bound.h"
+#include "fit/pooled.h"
 
 /// The points of one range of a chain, numbered from 0. Borrows the chain, owns the range.
-class CFWindow {
+class CFWindow : public CFPooled<CFWindow> {
  public:
     /// @throws int  kBrokenInvariant when the range belongs to another chain, the chain has fewer than 2 points, or a closed
     ///              range lies on an open chain

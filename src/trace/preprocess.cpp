@@ -1,6 +1,7 @@
 #include "trace/preprocess.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <new>
 
@@ -12,8 +13,9 @@ namespace {
 constexpr std::int32_t kPixelBytes = 4;
 constexpr int kReportCode = 8;
 
+/// Components of 0 to 255.
 struct Pixel {
-    std::uint8_t a, r, g, b;
+    int a, r, g, b;
 };
 
 struct Range {
@@ -22,7 +24,7 @@ struct Range {
     int Sum() const { return max + min; }
 };
 
-Range RangeOf(Pixel p) { return {std::max({int{p.r}, int{p.g}, int{p.b}}), std::min({int{p.r}, int{p.g}, int{p.b}})}; }
+Range RangeOf(Pixel p) { return {std::max({p.r, p.g, p.b}), std::min({p.r, p.g, p.b})}; }
 
 int Luminance(Pixel p) { return (77 * p.r + 151 * p.g + 28 * p.b) >> 8; }
 
@@ -60,29 +62,37 @@ std::uint8_t* RowOf(GW_World& world, std::int32_t y) {
     return static_cast<std::uint8_t*>(world.data) + std::int64_t{y} * world.row_bytes;
 }
 
-/// Whole pixels as the machine holds them, so that a row is one plain loop over numbers.
-std::uint32_t Packed(Pixel p) {
-    std::uint32_t packed;
-    std::memcpy(&packed, &p, sizeof packed);
-    return packed;
+/// A pixel as the machine reads its four bytes, so that a row is a plain loop over numbers.
+using Packed = std::uint32_t;
+
+constexpr int ShiftOf(int byte) { return 8 * (std::endian::native == std::endian::little ? byte : 3 - byte); }
+
+constexpr Packed kAlphaBits = Packed{255} << ShiftOf(0);
+
+Pixel Unpacked(Packed p) {
+    const auto component = [p](int byte) { return static_cast<int>(p >> ShiftOf(byte) & 255U); };
+    return {component(0), component(1), component(2), component(3)};
+}
+
+template <class ValueOf>
+void ThresholdRow(const std::uint8_t* from, std::uint8_t* to, std::int32_t width, Packed flip, float threshold,
+                  ValueOf value_of) {
+    for (std::int64_t byte = 0; byte < std::int64_t{width} * kPixelBytes; byte += kPixelBytes) {
+        Packed source, pixel;
+        std::memcpy(&source, from + byte, sizeof source);
+        std::memcpy(&pixel, to + byte, sizeof pixel);
+        const int value = value_of(Unpacked(source ^ flip));
+        const bool set = !(static_cast<float>(value) < threshold);  // a threshold that is no number sets all
+        pixel = (pixel & kAlphaBits) | (set ? ~kAlphaBits : 0);
+        std::memcpy(to + byte, &pixel, sizeof pixel);
+    }
 }
 
 template <class ValueOf>
 void ThresholdPixels(const GW_World& source, const VRLp_TraceContext& context, GW_World& bitmap, ValueOf value_of) {
-    const std::uint8_t flip = context.invert != 0 ? 255 : 0;  // v ^ 255 is 255 - v
-    const std::uint32_t alpha_bits = Packed({255, 0, 0, 0}), white = Packed({0, 255, 255, 255});
+    const Packed flip = context.invert != 0 ? ~Packed{0} : 0;  // v ^ 255 is 255 - v
     for (std::int32_t y = 0; y < source.height; ++y) {
-        const std::uint8_t* from = RowOf(source, y);
-        std::uint8_t* to = RowOf(bitmap, y);
-        for (std::int32_t x = 0; x < source.width; ++x, from += kPixelBytes, to += kPixelBytes) {
-            const auto component = [&](int i) { return static_cast<std::uint8_t>(from[i] ^ flip); };
-            const int value = value_of(Pixel{component(0), component(1), component(2), component(3)});
-            const bool set = !(static_cast<float>(value) < context.threshold);  // a threshold that is no number sets all
-            std::uint32_t pixel;
-            std::memcpy(&pixel, to, sizeof pixel);
-            pixel = (pixel & alpha_bits) | (set ? white : 0);
-            std::memcpy(to, &pixel, sizeof pixel);
-        }
+        ThresholdRow(RowOf(source, y), RowOf(bitmap, y), source.width, flip, context.threshold, value_of);
     }
 }
 
@@ -92,13 +102,13 @@ void ThresholdChannel(const GW_World& source, const VRLp_TraceContext& context, 
         case kVRLTraceLuminance:
             return fill([](Pixel p) { return Luminance(p); });
         case kVRLTraceRed:
-            return fill([](Pixel p) { return int{p.r}; });
+            return fill([](Pixel p) { return p.r; });
         case kVRLTraceGreen:
-            return fill([](Pixel p) { return int{p.g}; });
+            return fill([](Pixel p) { return p.g; });
         case kVRLTraceBlue:
-            return fill([](Pixel p) { return int{p.b}; });
+            return fill([](Pixel p) { return p.b; });
         case kVRLTraceAlpha:
-            return fill([](Pixel p) { return int{p.a}; });
+            return fill([](Pixel p) { return p.a; });
         case kVRLTraceHue:
             return fill([](Pixel p) { return Hue(p); });
         case kVRLTraceLightness:
