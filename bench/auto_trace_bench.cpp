@@ -32,17 +32,6 @@ constexpr double kSearch = 4;  // pixels
 constexpr float kCornerAngle = 72;
 constexpr std::int32_t kWindow = 16;
 
-VRL_AutoTraceParams Params() {
-    return {.channel = kVRLTraceLuminance,
-            .tolerance = 1,
-            .threshold = 50,
-            .blur_radius = 0,
-            .invert = 0,
-            .layer_transform = nullptr,
-            .minimum_area = 0,
-            .corner_angle = 40};
-}
-
 struct Cubic {
     double x[4], y[4];
 };
@@ -153,7 +142,7 @@ void Report(benchmark::State& state, const Bitmap& bitmap, const std::vector<Cub
 
 void AutoTrace(benchmark::State& state, const Bitmap& bitmap) {
     const auto world = WorldOf(bitmap);
-    const VRL_AutoTraceParams params = Params();
+    const VRL_AutoTraceParams params;
     Shapes shapes;
     for ([[maybe_unused]] auto _ : state) {
         shapes.clear();
@@ -202,7 +191,7 @@ void AutoTracePotrace(benchmark::State& state, const Bitmap& bitmap) {
 
 void StagePreprocess(benchmark::State& state, const Bitmap& bitmap) {
     const auto world = WorldOf(bitmap);
-    VRLp_TraceContext context = VRLp_FillContext(Params(), *world);
+    VRLp_TraceContext context = VRLp_FillContext({}, *world);
     context.bitmap.reset(GW_World::New(world->width, world->height, 8, 0));
     for ([[maybe_unused]] auto _ : state) VRLp_Preprocess(context);
 }
@@ -229,7 +218,7 @@ void StageTraceAndMerge(benchmark::State& state, const Bitmap& bitmap) {
 void StageFit(benchmark::State& state, const Bitmap& bitmap) {
     const RPTrace trace = TraceOf(*WorldOf(bitmap));
     for ([[maybe_unused]] auto _ : state) {
-        KVPathGenerator generator(Params().tolerance, kCornerAngle, kWindow);
+        KVPathGenerator generator(VRL_AutoTraceParams().tolerance, kCornerAngle, kWindow);
         benchmark::DoNotOptimize(FitEdges(trace, generator).data());
     }
     state.counters["s/step"] = benchmark::Counter(static_cast<double>(trace.graph->steps.size()),
@@ -238,7 +227,7 @@ void StageFit(benchmark::State& state, const Bitmap& bitmap) {
 
 void StageShapes(benchmark::State& state, const Bitmap& bitmap) {
     const auto world = WorldOf(bitmap);
-    const VRL_AutoTraceParams params = Params();
+    const VRL_AutoTraceParams params;
     VRLp_TraceOptions options = VRLp_BuildOptions(VRLp_FillContext(params, *world));
     RPTrace trace = TraceOf(*world);
     const VRLp_ShapeGenerator generator(&trace, options);

@@ -55,14 +55,11 @@ std::unique_ptr<GW_World> Load(const Picture& picture) {
 }
 
 VRL_AutoTraceParams ParamsFor(const Picture& picture, float tolerance) {
-    return {.channel = picture.channel,
-            .tolerance = tolerance,
-            .threshold = picture.threshold,
-            .blur_radius = 0,
-            .invert = 0,
-            .layer_transform = nullptr,
-            .minimum_area = 0,
-            .corner_angle = 40};
+    VRL_AutoTraceParams params;
+    params.channel = picture.channel;
+    params.threshold = picture.threshold;
+    params.tolerance = tolerance;
+    return params;
 }
 
 /// One value a pixel.

@@ -37,14 +37,7 @@ struct TraceOptions {
     std::vector<std::string> images;
     std::string output;
     std::string ending = ".svg";  // of files in a folder
-    VRL_AutoTraceParams params = {.channel = kVRLTraceLuminance,
-                                  .tolerance = 1,
-                                  .threshold = 50,
-                                  .blur_radius = 0,
-                                  .invert = 0,
-                                  .layer_transform = nullptr,
-                                  .minimum_area = 0,
-                                  .corner_angle = 40};
+    VRL_AutoTraceParams params;
     M_Matrix3 transform = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     bool transforms = false;
     bool reduces = false;

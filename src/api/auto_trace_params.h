@@ -20,14 +20,14 @@ enum VRL_TraceChannel : std::int32_t {
 
 /// How an image is turned into shapes. Filled by the caller, only read by the library.
 struct VRL_AutoTraceParams {
-    std::int32_t channel;              // VRL_TraceChannel
-    float tolerance;                   // pixels that a curve may stray from the outline
-    float threshold;                   // percent, 0 to 100: pixels not below it are set
-    float blur_radius;                 // pixels; 0 for no blur before the threshold
-    std::uint8_t invert;               // non-zero: all components are complemented first
-    const M_Matrix3* layer_transform;  // maps all shapes of the list in the end; may be null
-    float minimum_area;                // pixels, cut off to a whole number; smaller regions are merged into neighbours
-    float corner_angle;                // percent of 180 degrees, 0 to 100: outlines that turn further have a corner
+    std::int32_t channel = kVRLTraceLuminance;   // VRL_TraceChannel
+    float tolerance = 1;                         // pixels that a curve may stray from the outline
+    float threshold = 50;                        // percent, 0 to 100: pixels not below it are set
+    float blur_radius = 0;                       // pixels; 0 for no blur before the threshold
+    std::uint8_t invert = 0;                     // non-zero: all components are complemented first
+    const M_Matrix3* layer_transform = nullptr;  // maps all shapes of the list in the end; may be null
+    float minimum_area = 0;                      // pixels, cut off to a whole number; smaller regions are merged into neighbours
+    float corner_angle = 40;                     // percent of 180 degrees, 0 to 100: outlines that turn further have a corner
 };
 
 static_assert(offsetof(VRL_AutoTraceParams, invert) == 16 && offsetof(VRL_AutoTraceParams, layer_transform) == 24 &&

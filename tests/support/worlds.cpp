@@ -78,14 +78,3 @@ bool PaddedWorld::PaddingUntouched() const {
     }
     return true;
 }
-
-VRL_AutoTraceParams PlainTraceParams() {
-    return {.channel = kVRLTraceLuminance,
-            .tolerance = 1,
-            .threshold = 50,
-            .blur_radius = 0,
-            .invert = 0,
-            .layer_transform = nullptr,
-            .minimum_area = 0,
-            .corner_angle = 40};
-}

@@ -6,10 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "api/auto_trace_params.h"
 #include "host/world.h"
 
-// Pictures and parameters for tests of tracing.
+// Pictures for tests of tracing.
 
 struct Argb {
     std::uint8_t a, r, g, b;
@@ -38,9 +37,6 @@ class PaddedWorld final : public GW_World {
     std::vector<std::uint8_t> bytes_;
     std::int32_t depth_;
 };
-
-/// Luminance at half, tolerance 1, corners at 40 per cent, nothing else.
-VRL_AutoTraceParams PlainTraceParams();
 
 /// The int that `work` throws; 0 when it throws nothing.
 template <class Work>

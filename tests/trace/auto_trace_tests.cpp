@@ -21,7 +21,7 @@ namespace {
 using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
 using Items = std::vector<WEX_Item>;
 
-Shapes Traced(const GW_World& world, const VRL_AutoTraceParams& params = PlainTraceParams()) {
+Shapes Traced(const GW_World& world, const VRL_AutoTraceParams& params = {}) {
     Shapes shapes;
     VRL_NewMasksFromWorld(&world, &params, shapes);
     return shapes;
@@ -136,7 +136,7 @@ TEST(AutoTrace, EveryOutlineAndHoleOfTheSetPixelsBecomesAShape) {
 TEST(AutoTrace, RenderedShapesAreTheBitmapButNearItsOutlines) {
     constexpr std::int32_t kWidth = 90, kHeight = 70;
     for (const float tolerance : {0.5F, 1.0F, 2.0F}) {
-        VRL_AutoTraceParams params = PlainTraceParams();
+        VRL_AutoTraceParams params;
         params.tolerance = tolerance;
         std::size_t wrong = 0;
         for (unsigned seed = 1; seed <= 12; ++seed) {
@@ -156,7 +156,7 @@ TEST(AutoTrace, RenderedShapesAreTheBitmapButNearItsOutlines) {
 }
 
 TEST(AutoTrace, InvertingSwapsWhatIsSetAndSmallRegionsCanGo) {
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     const auto ring = Drawing("------- -#####- -#---#- -#---#- -#####- ------- #------");
     EXPECT_EQ(Traced(*ring, params).size(), 3U);
     params.minimum_area = 2;
@@ -173,7 +173,7 @@ TEST(AutoTrace, InvertingSwapsWhatIsSetAndSmallRegionsCanGo) {
 
 TEST(AutoTrace, TheWholeListIsMappedAndDirected) {
     const M_Matrix3 mirror = {{{-1, 0, 0}, {0, 1, 0}, {100, 5, 1}}};
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     const auto world = Discs(3, 60, 50);
     const Shapes plain = Traced(*world, params);
     ASSERT_GE(plain.size(), 3U);
@@ -236,7 +236,7 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
 }
 
 TEST(AutoTrace, ThreadsDoNotMeet) {
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     params.minimum_area = 9;
     constexpr unsigned kThreads = 4;
     std::vector<std::vector<Items>> alone(kThreads), together(kThreads);
@@ -253,7 +253,7 @@ TEST_F(AutoTraceErrors, WhatCannotBeTracedIsRefused) {
     Shapes shapes;
     shapes.emplace_back(Rectangle(0, 0, 1, 1));
     const auto refusal = [&](const GW_World& world) {
-        const VRL_AutoTraceParams params = PlainTraceParams();
+        const VRL_AutoTraceParams params;
         const int code = ThrownInt([&] { VRL_NewMasksFromWorld(&world, &params, shapes); });
         EXPECT_EQ(shapes.size(), 1U);
         return code;
@@ -270,7 +270,7 @@ TEST_F(AutoTraceErrors, WhatCannotBeTracedIsRefused) {
     EXPECT_EQ(Traced(PaddedWorld(32767, 1, 0)).size(), 0U);
 
     const auto bitmap = Drawing("-#");
-    const VRL_AutoTraceParams params = PlainTraceParams();
+    const VRL_AutoTraceParams params;
     const VRLp_TraceOptions options = VRLp_BuildOptions(VRLp_FillContext(params, *bitmap));
     EXPECT_EQ(options.sample_window, 12);
     EXPECT_EQ(VRLp_CreateJob(*bitmap, options, shapes, 1)->options.sample_window, 16);
@@ -301,7 +301,7 @@ TEST_F(AutoTraceErrors, WhatCannotBeTracedIsRefused) {
 TEST_F(AutoTraceErrors, FailuresAnywhereLeaveNothingBehind) {
     const auto world = Discs(7, 26, 20);
     const M_Matrix3 mirror = {{{-1, 0, 0}, {0, 1, 0}, {100, 5, 1}}};
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     params.layer_transform = &mirror;
     params.blur_radius = 1;
     params.minimum_area = 3;

@@ -22,7 +22,7 @@ std::string Thresholded(const GW_World& source, const VRL_AutoTraceParams& param
 }
 
 std::string Thresholded(std::initializer_list<Argb> pixels, VRL_TraceChannel channel, float percent, bool invert = false) {
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     params.channel = channel;
     params.threshold = percent;
     params.invert = invert ? 1 : 0;
@@ -34,7 +34,7 @@ constexpr float Percent(double level) { return static_cast<float>(level * 100 / 
 }  // namespace
 
 TEST(TraceOptions, ConvertTheCallersUnits) {
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     const auto world = WorldOf(1, 1, {{0, 0, 0, 0}});
     const auto options_for = [&](float area, float corner) {
         params.minimum_area = area;
@@ -105,7 +105,7 @@ TEST(Preprocess, PaddedRowsAndLargerBitmapsKeepTheirPlaces) {
     source.Set(2, 1, {0, 255, 255, 255});
     PaddedWorld bitmap(4, 3, 20);
     for (int i = 0; i < 12; ++i) bitmap.Set(i % 4, i / 4, {7, 200, 200, 200});
-    const VRL_AutoTraceParams params = PlainTraceParams();
+    const VRL_AutoTraceParams params;
     VRLp_TraceContext context = VRLp_FillContext(params, source);
     context.bitmap = ts::auto_ptr<GW_World>(&bitmap);
     VRLp_Preprocess(context);
@@ -127,7 +127,7 @@ TEST(Preprocess, RefusesUnknownChannelsAndPassesOnABlurThatFails) {
     EXPECT_EQ(refhost::TakeReports().size(), 3U);
     refhost::SetReportSink(nullptr);
 
-    VRL_AutoTraceParams params = PlainTraceParams();
+    VRL_AutoTraceParams params;
     params.blur_radius = 2;
     for (const int nth : {1, 2}) {
         refhost::FailHostCall(refhost::HostCall::kGaussianBlur, nth, 77);

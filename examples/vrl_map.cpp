@@ -30,14 +30,7 @@ namespace {
 
 struct MapOptions {
     std::string image, output;
-    VRL_AutoTraceParams params = {.channel = kVRLTraceLuminance,
-                                  .tolerance = 1,
-                                  .threshold = 50,
-                                  .blur_radius = 0,
-                                  .invert = 0,
-                                  .layer_transform = nullptr,
-                                  .minimum_area = 0,
-                                  .corner_angle = 40};  // no curves: tolerance and corners are not read
+    VRL_AutoTraceParams params;  // no curves are fitted: tolerance and corners are not read
 };
 
 const std::map<std::string, std::int32_t> kChannels = {
