@@ -30,7 +30,7 @@ inline void EvaluateAt(const CurvePowers& c, Value x, Value y, Value t, Value& f
     df = dx * dx + dy * dy + (ex * ddx + ey * ddy);
 }
 
-/// Moves every parameter to the root of its point.
+/// Moves every parameter to the root of its point. There are `kLanes` points at least.
 void SearchAll(const CFBezier3& curve, const CFWindow& window, float* ts);
 void KeepOrder(float* ts, std::int32_t count);
 void SnapToGrid(float* ts, std::int32_t count);
@@ -104,15 +104,13 @@ void SearchAll(const CFBezier3& curve, const CFWindow& window, float* ts) {
     const float reach = 1.0F / static_cast<float>(count - 1);
     const CurvePowers powers(curve);
     const CFPoint start = curve.Control(0);
-    std::int32_t j = 0;
-    for (; j + kLanes <= count; j += kLanes) {
+    const auto roots = [&](std::int32_t j) {
         const Lanes x = start.x - Load(window.X() + j), y = start.y - Load(window.Y() + j);
-        Store(FindRoots(powers, x, y, reach, Load(ts + j)), ts + j);
-    }
-    for (; j < count; ++j) {
-        const CFRefineFunc function(curve, window.Point(j));
-        ts[j] = FindRoot(function, std::max(ts[j] - reach, 0.0F), std::min(ts[j] + reach, 1.0F), ts[j]);
-    }
+        return FindRoots(powers, x, y, reach, Load(ts + j));
+    };
+    const Lanes last = roots(count - kLanes);  // may overlap the lanes before: all start from the old parameters
+    for (std::int32_t j = 0; j + kLanes < count; j += kLanes) Store(roots(j), ts + j);
+    Store(last, ts + count - kLanes);
 }
 
 Lanes FindRoots(const CurvePowers& curve, Lanes x, Lanes y, float reach, Lanes t) {

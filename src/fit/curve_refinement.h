@@ -34,7 +34,8 @@ class CFRefineFunc : public CFNewtonFunc {
 };
 
 /// Searches [lo, hi] for a root from `t` on, by at most five Newton steps that stay between a negative and a positive value;
-/// good to about 1e-4. When the function has one sign at both ends: that of the three values at which it is least.
+/// good to about 1e-4. When the function has one sign at both ends: that of the three values at which it is least. Refinement
+/// searches like this for four points side by side.
 float FindRoot(const CFNewtonFunc& function, float lo, float hi, float t);
 
 /// Moves every parameter towards that of the curve's nearest point, by no more than one even spacing. They keep their order

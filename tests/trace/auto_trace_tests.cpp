@@ -226,7 +226,7 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
                 ASSERT_EQ(outer.size(), reversed.anchors.size());
                 const auto seam = std::ranges::find(outer, reversed.anchors[0]);
                 ASSERT_NE(seam, outer.end());
-                std::ranges::rotate(outer, seam);
+                std::rotate(outer.begin(), seam, outer.end());
                 EXPECT_EQ(outer, reversed.anchors);
                 ++compared;
             }

@@ -9,7 +9,6 @@
 #include "refhost/services/reports.h"
 #include "tests/support/worlds.h"
 #include "trace/preprocess.h"
-#include "trace/raster.h"
 
 namespace {
 
@@ -136,31 +135,6 @@ TEST(Preprocess, RefusesUnknownChannelsAndPassesOnABlurThatFails) {
     refhost::DisarmFaults();
     params.blur_radius = NAN;  // not 0, so it is asked for, and the host refuses it
     EXPECT_NE(ThrownInt([&] { Thresholded(*world, params); }), 0);
-}
-
-TEST(Raster, GivesColoursInsideAndNoneOutside) {
-    const auto world = WorldOf(2, 1, {{9, 255, 255, 255}, {9, 0, 0, 0}});
-    const RPRaster raster(*world);
-    const auto at = [&](int x, int y) {
-        RPSample sample = {static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), -5, {4, 4, 4, 4}};
-        raster.Sample(sample);
-        return sample;
-    };
-    const RPSample white = {0, 0, kModelThree, {255, 255, 255, 0}}, black = {0, 0, kModelThree, {0, 0, 0, 1}};
-    const RPSample outside = {0, 0, kModelThree, {-1, -1, -1, 0}};
-    EXPECT_TRUE(IsSameColour(at(0, 0), white));
-    EXPECT_TRUE(IsSameColour(at(1, 0), black));
-    for (const auto& [x, y] : {std::pair{-1, 0}, {2, 0}, {0, -1}, {0, 1}}) EXPECT_TRUE(IsSameColour(at(x, y), outside));
-    EXPECT_FALSE(IsSameColour(white, outside));
-    RPSample four = white, one = white;
-    four.model = kModelFour;
-    one.model = 2;
-    EXPECT_FALSE(IsSameColour(white, four));
-    RPSample four_other = four, one_other = one;
-    four_other.components[3] = 9;
-    one_other.components[1] = 9;
-    EXPECT_FALSE(IsSameColour(four, four_other));
-    EXPECT_TRUE(IsSameColour(one, one_other));
 }
 
 TEST(GaussianBlur, SpreadsAsWideAsAskedAndKeepsEdgesAndFlats) {
