@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "fit/outline_preparation.h"
 #include "tests/support/pixel_outlines.h"
+#include "tests/support/thrown_int.h"
 
 namespace {
 
@@ -35,15 +36,7 @@ CFPreparedChain Prepare(const CFSegment& outline) {
     return prepared;
 }
 
-template <class Call>
-bool IsRefused(const Call& call) {
-    try {
-        call();
-    } catch (int code) {
-        return code == kBrokenInvariant;
-    }
-    return false;
-}
+bool IsRefused(const auto& call) { return ThrownInt(call) == kBrokenInvariant; }
 
 void ExpectPoint(CFPoint point, double x, double y) {
     EXPECT_NEAR(point.x, x, 1e-6);

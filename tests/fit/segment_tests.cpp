@@ -4,6 +4,7 @@
 
 #include "base/errors.h"
 #include "fit/window.h"
+#include "tests/support/thrown_int.h"
 
 namespace {
 
@@ -14,15 +15,7 @@ CFSegment Numbered(std::int32_t count, std::int32_t type) {
     return segment;
 }
 
-template <class Call>
-bool IsRefused(const Call& call) {
-    try {
-        call();
-    } catch (int code) {
-        return code == kBrokenInvariant;
-    }
-    return false;
-}
+bool IsRefused(const auto& call) { return ThrownInt(call) == kBrokenInvariant; }
 
 ts::auto_ptr<CFWindow> WindowOf(const CFSegment& segment, std::int32_t start, std::int32_t end) {
     ts::auto_ptr<CFBound> bound;

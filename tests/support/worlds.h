@@ -37,14 +37,3 @@ class PaddedWorld final : public GW_World {
     std::vector<std::uint8_t> bytes_;
     std::int32_t depth_;
 };
-
-/// The int that `work` throws; 0 when it throws nothing.
-template <class Work>
-int ThrownInt(Work work) {
-    try {
-        work();
-        return 0;
-    } catch (int thrown) {
-        return thrown;
-    }
-}

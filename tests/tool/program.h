@@ -1,12 +1,15 @@
 #pragma once
 
 #include <gmock/gmock.h>
+#include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -52,6 +55,23 @@ class Program : public testing::Test {
         return {WEXITSTATUS(status), Content(log_ / "out"), Content(log_ / "err")};
     }
     std::vector<std::uint32_t> Samples(const std::string& name) { return ReadPngFile((folder_ / name).string()).samples; }
+    /// Starts the program with `arguments`, sends it SIGINT once `ready` has returned, and gives its exit status; -1 when it
+    /// did not exit by itself.
+    int Interrupt(std::vector<const char*> arguments, const std::function<void()>& ready) {
+        arguments.insert(arguments.begin(), "vrl");
+        arguments.push_back(nullptr);
+        const pid_t child = fork();
+        if (child == 0) {
+            signal(SIGINT, SIG_DFL);
+            if (chdir(folder_.c_str()) == 0) execv(VRL_TOOL_PATH, const_cast<char* const*>(arguments.data()));
+            _exit(99);
+        }
+        ready();
+        kill(child, SIGINT);
+        int status = 0;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
     std::vector<std::string> Files() {
         std::vector<std::string> names;
         for (const auto& entry : fs::directory_iterator(folder_)) names.push_back(entry.path().filename());

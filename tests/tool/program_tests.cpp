@@ -1,13 +1,9 @@
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <numbers>
 #include <string>
@@ -321,22 +317,13 @@ TEST_F(Program, CtrlCStopsTheWorkAndTidiesUp) {
     std::string svg = "<svg>";
     for (int i = 0; i < 10000; ++i) svg += "<circle cx='2000' cy='2000' r='1900'/>";
     Write("many.svg", svg + "</svg>");
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        signal(SIGINT, SIG_DFL);
-        if (chdir(folder_.c_str()) != 0) _exit(99);
-        execl(VRL_TOOL_PATH, "vrl", "mask", "many.svg", "--size", "4000x4000", "--feather", "50", "-o", "m.png", nullptr);
-        _exit(99);
-    }
-    const auto start = std::chrono::steady_clock::now();
-    const auto waited = [&] { return std::chrono::steady_clock::now() - start; };
-    while (Files().size() < 3 && waited() < std::chrono::seconds(60)) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    kill(child, SIGINT);
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 130);
+    const auto until_begun = [&] {
+        const auto start = std::chrono::steady_clock::now();
+        const auto waited = [&] { return std::chrono::steady_clock::now() - start; };
+        while (Files().size() < 3 && waited() < std::chrono::seconds(60))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    };
+    EXPECT_EQ(Interrupt({"mask", "many.svg", "--size", "4000x4000", "--feather", "50", "-o", "m.png"}, until_begun), 130);
     EXPECT_EQ(Files().size(), 2U);
 }
 

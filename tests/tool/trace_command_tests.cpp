@@ -1,7 +1,3 @@
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <functional>
@@ -106,20 +102,8 @@ TEST_F(TraceProgram, CtrlCEndsALongTrace) {
     std::mt19937 random(1);
     std::ranges::generate_n(std::back_inserter(noise.samples), 3000 * 3000, [&] { return random() & 1U; });
     WritePngFile(Path("noise.png"), noise);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        signal(SIGINT, SIG_DFL);
-        if (chdir(folder_.c_str()) != 0) _exit(99);
-        execl(VRL_TOOL_PATH, "vrl", "trace", "noise.png", "-o", "noise.svg", nullptr);
-        _exit(99);
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(400));
-    kill(child, SIGINT);
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 130);
+    const auto while_it_works = [] { std::this_thread::sleep_for(std::chrono::milliseconds(400)); };
+    EXPECT_EQ(Interrupt({"trace", "noise.png", "-o", "noise.svg"}, while_it_works), 130);
     EXPECT_EQ(Files().size(), 2U);
 }
 

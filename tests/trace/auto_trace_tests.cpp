@@ -12,6 +12,7 @@
 #include "refhost/services/memory.h"
 #include "refhost/services/reports.h"
 #include "tests/support/shapes.h"
+#include "tests/support/thrown_int.h"
 #include "tests/support/worlds.h"
 #include "trace/shape_creation.h"
 #include "trace/trace_job.h"

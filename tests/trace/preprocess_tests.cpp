@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "refhost/services/faults.h"
 #include "refhost/services/reports.h"
+#include "tests/support/thrown_int.h"
 #include "tests/support/worlds.h"
 #include "trace/preprocess.h"
 

@@ -13,6 +13,7 @@
 #include "tests/support/plain_merge.h"
 #include "tests/support/plain_tracer.h"
 #include "tests/support/planar_map_laws.h"
+#include "tests/support/thrown_int.h"
 #include "trace/candidate_queue.h"
 #include "trace/color_table.h"
 #include "trace/region_merge.h"
@@ -102,12 +103,7 @@ TEST(RegionMerge, NeighboursLookAgainWhenAGroupsColourMoves) {
 }
 
 TEST(RegionMerge, AMissingTraceIsRefused) {
-    try {
-        RPMergeSmallRegions(nullptr, 1);
-        FAIL();
-    } catch (int code) {
-        EXPECT_EQ(code, kFailedCheck);
-    }
+    EXPECT_EQ(ThrownInt([] { RPMergeSmallRegions(nullptr, 1); }), kFailedCheck);
 }
 
 TEST(RegionMerge, RandomBitmapsMergeAsThePlainWayDoes) {
