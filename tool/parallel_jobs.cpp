@@ -45,6 +45,7 @@ class JobQueue {
         const auto total = static_cast<std::int32_t>(count_) * steps;
         std::unique_lock lock(waiting_);
         while (!done_.wait_for(lock, kGlance, [this] { return jobs_done_ == count_; })) progress.Report(steps_done_, total);
+        ThrowIfInterrupted();  // a job that noticed first has ended
     }
 
     [[noreturn]] void EndProgram(const Interruption& interruption) {
