@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/geometry_records.h"
 #include "tool/outline.h"
 
 namespace vrltool {
@@ -20,6 +21,11 @@ inline Affine operator*(const Affine& outer, const Affine& inner) {
             outer.b * inner.c + outer.d * inner.d,
             origin.x,
             origin.y};
+}
+
+inline Affine AffineOf(const M_Matrix3& matrix) {
+    const auto& m = matrix.m;
+    return {m[0][0], m[0][1], m[1][0], m[1][1], m[2][0], m[2][1]};
 }
 
 inline Affine Translation(double x, double y) { return {1, 0, 0, 1, x, y}; }

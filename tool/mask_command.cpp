@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "tool/mask_options.h"
 #include "tool/option_values.h"
 #include "tool/output_file.h"
+#include "tool/overlay.h"
 #include "tool/png_writer.h"
 #include "tool/shape_file.h"
 #include "tool/standard_stream.h"
@@ -27,6 +29,7 @@ struct PictureOptions {
     std::int32_t depth = 8;
     MaskOptions masks;
     CombineMode combine = CombineMode::kAdd;
+    OverlayOptions overlay;
 };
 
 constexpr const char* kExamples = R"(Examples:
@@ -36,12 +39,16 @@ constexpr const char* kExamples = R"(Examples:
   vrl mask icon.svg --size 512x512 --transform 10,0,0,10,0,0 --combine difference -o icon.png
   vrl mask icon.svg --size 48x48 --invert --combine intersect -o around.png
   vrl mask - --size 48x48 -o - < icon.svg > icon.png
+  vrl mask hand.json --size 640x480 --feather 8 -o hand.png --overlay look.png
 
 Every shape gives one mask, and the masks are combined in the order of the file. A shape whose file names a mode uses
 that one instead of --combine. The first mask starts from an empty picture under add, lighten and difference, and from a
 full one under subtract, intersect and darken.
 
---expand and the radii of feather points are in the shapes' own pixels, before --transform; --feather is in the mask's.)";
+--expand and the radii of feather points are in the shapes' own pixels, before --transform; --feather is in the mask's.
+
+An overlay shows the mask dimmed and magnified, with the outlines in red, smooth anchors as blue dots, corners as black squares,
+handles in blue, and in green the feather points with lines from the outline to their radius.)";
 
 using MaskBuffer = std::unique_ptr<GW_UnoBuffer>;
 
@@ -67,8 +74,8 @@ struct RenderedMask {
 };
 
 /// The first mask is rendered where the total grows; a second buffer is needed from the second shape on only.
-RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const PictureOptions& options, WorkProgress& progress) {
-    LibrarySession library;
+RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const PictureOptions& options, WorkProgress& progress,
+                         LibrarySession& library) {
     RenderedMask result;
     MaskBuffer mask;
     for (std::size_t i = 0; i < records.size(); ++i) {
@@ -92,14 +99,29 @@ RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const PictureO
     return result;
 }
 
+Overlay DrawOverlay(const GW_UnoBuffer& mask, const std::vector<ShapeRecord>& records, const PictureOptions& options,
+                    LibrarySession& library) {
+    Overlay overlay(mask, options.overlay.scale, options.overlay.path);
+    overlay.Draw(records, AffineOf(options.masks.transform), options.masks.params.pixel_aspect, library);
+    return overlay;
+}
+
 void RunMask(const PictureOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
     OutputFile output(options.output);
-    WorkProgress progress(records.size() + 1);  // the last part is the writing
-    const RenderedMask rendered = RenderMasks(records, options, progress);
+    std::optional<OutputFile> overlay_output;
+    if (!options.overlay.path.empty()) overlay_output.emplace(options.overlay.path);
+    WorkProgress progress(records.size() + 2);  // the last parts are the overlay and the writing
+    LibrarySession library;
+    const RenderedMask rendered = RenderMasks(records, options, progress, library);
     progress.BeginPart(records.size());
+    if (overlay_output) {
+        WritePng(DrawOverlay(*rendered.total, records, options, library).Picture(), *overlay_output, progress);
+    }
+    progress.BeginPart(records.size() + 1);
     WritePng(*rendered.total, output, progress);
     output.Commit();
+    if (overlay_output) overlay_output->Commit();
     if (options.masks.print_touched) PrintTouched(rendered.touched);
 }
 
@@ -130,9 +152,14 @@ void AddMaskCommand(CLI::App& program, Command& chosen) {
     AddFileArguments(command, *options);
     AddMaskOptions(command, options->masks);
     AddCombineArgument(command, *options);
+    AddOverlayOptions(command, options->overlay, "picture of the outlines over the mask to write, PNG");
     command.footer(kExamples);
     command.callback([options, &chosen] {
         RequireOneWriter(options->masks, options->output);
+        RequireOneWriter(options->masks, options->overlay.path);
+        if (options->overlay.path == options->output) {
+            throw CLI::ValidationError("--overlay", "mask and overlay would both be written to " + OutputName(options->output));
+        }
         chosen = [options] { RunMask(*options); };
     });
 }

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -20,8 +21,10 @@
 #include "tool/library_session.h"
 #include "tool/option_values.h"
 #include "tool/output_file.h"
+#include "tool/overlay.h"
 #include "tool/parallel_jobs.h"
 #include "tool/png_reader.h"
+#include "tool/png_writer.h"
 #include "tool/shape_file.h"
 #include "tool/standard_stream.h"
 #include "tool/text_table.h"
@@ -40,6 +43,7 @@ struct TraceOptions {
     VRL_AutoTraceParams params;
     M_Matrix3 transform = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     bool transforms = false;
+    OverlayOptions overlay;
     bool reduces = false;
     bool prints_stats = false;
     std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
@@ -57,6 +61,7 @@ constexpr const char* kExamples = R"(Examples:
   vrl trace scan.png --blur 1.5 --threshold 40 --invert --min-area 12 -o scan.svg --stats
   vrl trace page1.png page2.png page3.png --jobs 2 -o traced/
   vrl trace - -o - < logo.png > logo.json
+  vrl trace logo.png -o logo.svg --overlay look.png
 
 A pixel is set when the value of its channel is at least the threshold; --invert turns the picture into its negative first.
 Every outline and every hole of the set pixels becomes a closed shape. A drawing (.svg) shows all of them as one path, filled by
@@ -65,7 +70,10 @@ the even-odd rule; a JSON file holds one shape an outline.
 Hue, lightness and saturation have wider ranges than the threshold, 0 to 32767, 0 to 65280 and 0 to 32767, and are compared with
 the same 0 to 255: any colour with a hue above 3 degrees is set, for one.
 
-Several pictures go into a folder, each to a file named after it.)";
+Several pictures go into a folder, each to a file named after it, and their overlays into a folder too.
+
+An overlay shows the picture, or its alpha where that is traced, dimmed and magnified, with the fitted outlines in red, smooth
+anchors as blue dots, corners as black squares, and handles in blue.)";
 
 using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
 
@@ -115,6 +123,13 @@ M_FloatRect PictureOf(const Traced& traced, const TraceOptions& options) {
     return picture;
 }
 
+/// From the shapes' pixels back to the image's; no value when the transform loses some.
+std::optional<Affine> Inverse(const M_Matrix3& transform) {
+    M_Matrix3 inverse;
+    if (M_InverseMatrixQuiet(&transform, &inverse) != 0) return std::nullopt;
+    return AffineOf(inverse);
+}
+
 bool IsFolder(const std::string& path) {
     std::error_code ignored;  // what cannot be looked at is no folder
     return path.ends_with('/') || fs::is_directory(path, ignored);
@@ -126,21 +141,29 @@ void MakeFolder(const std::string& path) {
     if (error) throw Failure(path + ": " + error.message());
 }
 
-/// The file for each picture.
-std::vector<std::string> OutputPaths(const TraceOptions& options) {
-    if (!IsFolder(options.output)) return {options.output};
+/// The file for each picture: `output` itself or, in that folder, one named after the picture.
+std::vector<std::string> OutputPaths(const TraceOptions& options, const std::string& output, const std::string& ending) {
+    if (!IsFolder(output)) return {output};
     std::vector<std::string> paths;
     for (const std::string& image : options.images) {
         const fs::path stem = image == kStandardStream ? fs::path("stdin") : fs::path(image).stem();
-        paths.push_back((fs::path(options.output) / stem).string() + options.ending);
+        paths.push_back((fs::path(output) / stem).string() + ending);
     }
     return paths;
+}
+
+std::vector<std::string> ShapePaths(const TraceOptions& options) { return OutputPaths(options, options.output, options.ending); }
+
+/// None without overlays. Their names never are those of the pictures.
+std::vector<std::string> OverlayPaths(const TraceOptions& options) {
+    if (options.overlay.path.empty()) return {};
+    return OutputPaths(options, options.overlay.path, ".overlay.png");
 }
 
 void RequireDistinct(const std::vector<std::string>& paths) {
     std::set<std::string> seen;
     for (const std::string& path : paths) {
-        if (!seen.insert(path).second) throw CLI::ValidationError("two pictures would both be written to " + path);
+        if (!seen.insert(path).second) throw CLI::ValidationError("two results would both be written to " + OutputName(path));
     }
 }
 
@@ -171,10 +194,33 @@ void PrintNotes(const TraceOptions& options, const std::vector<Traced>& results)
     if (options.prints_stats) std::fputs(ReportOn(options.images, results).c_str(), stderr);
 }
 
+Overlay DrawOverlay(const GW_World& world, const std::vector<ShapeRecord>& shapes, const TraceOptions& options,
+                    const std::string& path, LibrarySession& library) {
+    constexpr double kSquarePixels = 1;
+    Overlay overlay(world, options.params.channel == kVRLTraceAlpha, options.overlay.scale, path);
+    overlay.Draw(shapes, *Inverse(options.transform), kSquarePixels, library);
+    return overlay;
+}
+
+void WriteText(const std::string& text, const std::string& path) {
+    OutputFile output(path);
+    output.Write(text);
+    output.Commit();
+}
+
+void WriteOverlay(const Overlay& overlay, const std::string& path) {
+    WorkProgress unseen(1, WorkProgress::Bar::kNever);
+    OutputFile output(path);
+    WritePng(overlay.Picture(), output, unseen);
+    output.Commit();
+}
+
 void RunTrace(const TraceOptions& options) {
     constexpr std::int32_t kSteps = 3;  // reading, tracing, writing
-    const std::vector<std::string> paths = OutputPaths(options);
-    if (IsFolder(options.output)) MakeFolder(options.output);
+    const std::vector<std::string> paths = ShapePaths(options), overlay_paths = OverlayPaths(options);
+    for (const std::string& path : {options.output, options.overlay.path}) {
+        if (IsFolder(path)) MakeFolder(path);
+    }
     VRL_AutoTraceParams params = options.params;
     params.layer_transform = options.transforms ? &options.transform : nullptr;
 
@@ -189,10 +235,11 @@ void RunTrace(const TraceOptions& options) {
         ShapeFileExtras extras = {.picture = PictureOf(traced, options), .total_ms = {}};
         if (options.prints_stats) extras.total_ms = traced.milliseconds;
         const std::string text = ShapeWriterFor(paths[i])(traced.shapes, extras);
+        std::optional<Overlay> overlay;
+        if (!overlay_paths.empty()) overlay = DrawOverlay(*world, traced.shapes, options, overlay_paths[i], library);
         calls.commit([&] {
-            OutputFile output(paths[i]);
-            output.Write(text);
-            output.Commit();
+            if (overlay) WriteOverlay(*overlay, overlay_paths[i]);
+            WriteText(text, paths[i]);
         });
         calls.step_done();
     };
@@ -248,8 +295,22 @@ void AddTracingArguments(CLI::App& command, TraceOptions& options) {
              });
 }
 
+void CheckOverlay(const TraceOptions& options) {
+    if (options.overlay.path.empty()) return;
+    if (options.images.size() > 1 && !IsFolder(options.overlay.path)) {
+        throw CLI::ValidationError("--overlay", "several pictures need a folder for their overlays, --overlay FOLDER/");
+    }
+    if (!Inverse(options.transform)) {
+        throw CLI::ValidationError("--overlay", "shapes are drawn over the picture only with a --transform that can be undone");
+    }
+}
+
 void CheckOutput(const TraceOptions& options) {
-    if (IsFolder(options.output)) return RequireDistinct(OutputPaths(options));
+    CheckOverlay(options);
+    std::vector<std::string> paths = ShapePaths(options);
+    std::ranges::copy(OverlayPaths(options), std::back_inserter(paths));
+    RequireDistinct(paths);
+    if (IsFolder(options.output)) return;
     if (options.images.size() > 1) throw CLI::ValidationError("several pictures need a folder to be written to, -o FOLDER/");
     if (ShapeWriterFor(options.output) == nullptr) {
         throw CLI::ValidationError("--output", '"' + options.output + "\" does not end in .svg or .json");
@@ -263,6 +324,7 @@ void AddTraceCommand(CLI::App& program, Command& chosen) {
     CLI::App& command = *program.add_subcommand("trace", "Trace pictures into shapes");
     AddFileArguments(command, *options);
     AddTracingArguments(command, *options);
+    AddOverlayOptions(command, options->overlay, "picture of the outlines over the IMAGE to write, PNG, or a folder (FOLDER/)");
     command.footer(kExamples);
     command.callback([options, &chosen] {
         CheckOutput(*options);
