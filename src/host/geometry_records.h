@@ -6,6 +6,7 @@
 
 // The host's geometry records and matrix calls. x runs right, y down. Status results: 0 is success.
 
+/// A point or a pair of lengths.
 template <class T>
 struct M_Vector2T {
     T x, y;
@@ -18,10 +19,12 @@ struct M_LRect {
     friend bool operator==(const M_LRect&, const M_LRect&) = default;
 };
 
+/// Rectangle in double precision, pixels.
 struct M_FloatRect {
     double left, top, right, bottom;
 };
 
+/// Rectangle in single precision, pixels.
 struct M_FloatShortRect {
     float left, top, right, bottom;
 };
@@ -34,6 +37,7 @@ struct VRL_HOST_API M_Matrix3 {
     bool IsIdentityWithinEpsilon(double epsilon) const;
 };
 
+/// Makes `matrix` map every point to itself.
 VRL_HOST_API int M_SetIdentityMatrix(M_Matrix3* matrix);
 
 /// Puts a scale about (`about_x`, `about_y`) before the mapping: points are scaled first, then mapped as before.

@@ -11,12 +11,15 @@
 using GW_Pixel8 = std::uint8_t;    // 0 to 255
 using GW_Pixel16 = std::uint16_t;  // 0 to 32768
 
+/// What depends on the sample type: `kMax` is the level of full coverage.
 template <class P>
 struct SampleTraits;
+/// 8-bit samples.
 template <>
 struct SampleTraits<GW_Pixel8> {
     static constexpr std::uint32_t kMax = 255;
 };
+/// 16-bit samples.
 template <>
 struct SampleTraits<GW_Pixel16> {
     static constexpr std::uint32_t kMax = 32768;
@@ -54,6 +57,7 @@ VRL_HOST_API int GW_FillDeepUnoBuffer(int value, GW_UnoBuffer* buffer);  // 16-b
 /// Every sample s becomes (maximum - s) * `opacity`, rounded to nearest; `opacity` is 16.16. `progress` may be null.
 VRL_HOST_API int GW_InvertAndFadeUnoBuffer(const GW_ProgressInfo* progress, std::int32_t opacity, GW_UnoBuffer* buffer);
 
+/// Sets `count` 16-bit samples from `destination` on to `value`.
 VRL_HOST_API void YQp_Memset16(std::uint16_t value, std::int64_t count, std::uint16_t* destination);
 
 /// Feathers `line` in place by `radius` (16.16 pixels). Both lines hold the same number of samples, at least `length`;

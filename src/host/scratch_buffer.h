@@ -46,7 +46,7 @@ class VRLp_ScratchBuffer {
     std::int64_t bytes_ = 0;
 };
 
-// What travels through the host's purge loop to the allocator.
+/// What travels through the host's purge loop to the allocator.
 template <class T>
 struct VRLp_PurgeableRequest {
     std::int32_t count;
@@ -55,6 +55,8 @@ struct VRLp_PurgeableRequest {
     bool succeeded = false;
 };
 
+/// While one lives, errors of the calling thread are not shown.
+/// @throws int  the status with which the host refuses
 struct VRLp_QuietErrors {
     VRLp_QuietErrors() {
         if (const int status = YQ_StartQuietErrorsOnCurrentThread(0); status != 0) throw status;

@@ -23,16 +23,23 @@ struct YQ_LStrTable {
 /// The localised text of entry `index`, borrowed.
 VRL_HOST_API const char* YQ_ZLookupLStrCache(const YQ_LStrTable* table, int index, int, int);
 
+/// Tell the user, or whoever keeps the log, of a failure: by a code of its own, by a text alone, or as a check that failed at
+/// line `line`. The unnamed arguments are the host's. A non-zero result is the status to fail with.
+///@{
 VRL_HOST_API int YQp_ReportCodedErrString(int code, int, int, const char* text);
 VRL_HOST_API int YQp_ReportErrString(int, int, const char* text);
 VRL_HOST_API int YQ_ReportFailedVerification(int, int line, int, const char* text);
+///@}
 /// Reports `error` and gives the status that stands for it.
 VRL_HOST_API int YQ_TranslateAndReportException(const std::exception& error);
 
 /// Bracket work of the calling thread whose errors must not be shown.
+///@{
 VRL_HOST_API int YQ_StartQuietErrorsOnCurrentThread(int);
 VRL_HOST_API void YQ_EndQuietErrorsOnCurrentThread();
+///@}
 
+/// Whether the calling thread is the host's main thread, the only one that may consult abort callbacks.
 VRL_HOST_API bool YQ_IsOnMainThread();
 
 /// Calls `allocator` with `request`, freeing host caches between attempts, until it returns 0 or the host gives up.

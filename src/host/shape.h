@@ -61,6 +61,7 @@ VRL_HOST_API int DY_SetPolyDir(unsigned char direction, DY_Shape* shape);
 
 VRL_HOST_API int WEX_Insert(const WEX_Item* item, int index, WEX_Head** list);  // index -1 appends
 VRL_HOST_API int WEX_Remove(int index, WEX_Head** list, int, int);              // index -1 removes the last item
+/// Copies the item at `index`.
 VRL_HOST_API int WEX_GetItem(const WEX_Head* const* list, int index, WEX_Item* item);
 /// Address of an item, borrowed until the list changes.
 VRL_HOST_API int WEX_GetConstAddress(const WEX_Head* const* list, int index, const WEX_Item** item);
