@@ -156,7 +156,7 @@ void DrawHandles(const std::vector<ShapeRecord>& records, const Canvas& canvas) 
     for (const ShapeRecord& record : records) {
         for (const Vertex& vertex : Mapped(OutlineOf(*record.shape), canvas.placement).vertices) {
             for (const Point& handle : {vertex.in, vertex.out}) {
-                if (handle == vertex.anchor) continue;
+                if (Distance(handle, vertex.anchor) < canvas.sizes.anchor / 2) continue;  // the anchor's mark hides it
                 painter.Line(vertex.anchor, handle, canvas.sizes.line);
                 painter.Dot(handle, canvas.sizes.handle);
             }
