@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "fuzz/require.h"
 #include "refhost/shape/feather_points.h"
@@ -15,7 +15,7 @@ namespace {
 
 bool IsFinite(const vrltool::Point& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
-void RequireSound(const vrltool::ShapeRecord& record) {
+void RequireFinite(const vrltool::ShapeRecord& record) {
     for (const vrltool::Vertex& vertex : vrltool::OutlineOf(*record.shape).vertices) {
         fuzz::Require(IsFinite(vertex.in) && IsFinite(vertex.anchor) && IsFinite(vertex.out), "points are finite");
     }
@@ -33,8 +33,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     } catch (const vrltool::Failure&) {
         return 0;
     }
-    for (const vrltool::ShapeRecord& record : records) RequireSound(record);
     const std::string text = vrltool::WriteJsonShapes(records);
-    fuzz::Require(vrltool::WriteJsonShapes(vrltool::ReadJsonShapes(text)) == text, "written shapes read back to the same");
+    const std::vector<vrltool::ShapeRecord> again = vrltool::ReadJsonShapes(text);
+    fuzz::Require(again.size() == records.size() && vrltool::WriteJsonShapes(again) == text,
+                  "written shapes read back to the same");
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        RequireFinite(records[i]);
+        fuzz::Require(std::ranges::equal(refhost::FeatherPointsOf(*records[i].shape), refhost::FeatherPointsOf(*again[i].shape)),
+                      "feather points keep their digits");
+    }
     return 0;
 }

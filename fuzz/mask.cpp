@@ -70,6 +70,8 @@ void RenderBuffer(const DY_Shape& shape, const VRL_MaskParams& params, const Sto
     if (status != 0 || shape.type != kShapeTypeBezier) return;
     Require(0 <= touched.left && touched.right <= buffer.width && 0 <= touched.top && touched.bottom <= buffer.height,
             "the touched rectangle is inside the buffer");
+    // Under a transform the reach of a varying feather is a guess, which skewing and rotating can make too small.
+    if (transform && shape.GetFeatherPtCount(0) != 0) touched = {0, 0, buffer.width, buffer.height};
     buffer.IsDeep() ? RequireMask<GW_Pixel16>(buffer, params, touched) : RequireMask<GW_Pixel8>(buffer, params, touched);
 }
 
