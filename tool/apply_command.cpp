@@ -10,6 +10,7 @@
 #include "tool/failure.h"
 #include "tool/library_session.h"
 #include "tool/mask_options.h"
+#include "tool/option_values.h"
 #include "tool/output_file.h"
 #include "tool/png_reader.h"
 #include "tool/png_writer.h"
@@ -96,6 +97,7 @@ void CutOut(GW_World& world, Merge merge) {
 
 void RunApply(const ApplyOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
+    NoteWhenEmpty(records, options.shapes);
     RequireAdding(records, options.shapes);
     WorkProgress progress(records.size() + 2);  // reading the picture, the masks, writing
     const std::unique_ptr<GW_World> world = ReadPng(options.layer, progress);
@@ -116,7 +118,7 @@ void AddApplyCommand(CLI::App& program, Command& chosen) {
     CLI::App& command = *program.add_subcommand("apply", "Cut a picture out by the masks of shapes");
     command.add_option("LAYER", options->layer, "PNG file, - for standard input")->required()->type_name("");
     command.add_option("SHAPES", options->shapes, "SVG or JSON file, - for standard input")->required()->type_name("");
-    command.add_option("-o,--output", options->output, "PNG file to write, - for standard output")->required()->type_name("FILE");
+    AddPngOutput(command, options->output);
     AddMaskOptions(command, options->masks);
     command.footer(kExamples);
     command.callback([options, &chosen] {

@@ -75,8 +75,9 @@ void RunInfo(const std::string& path) {
         if (feathered) row.push_back(std::to_string(record.shape->GetFeatherPtCount(0)));
         table.AddRow(std::move(row));
     }
-    std::printf("%s%zu shapes: %zu closed, %zu open, %zu vertices\n", records.empty() ? "" : table.Text().c_str(), records.size(),
-                totals.closed, totals.open, totals.vertices);
+    std::printf("%s%zu %s: %zu closed, %zu open, %zu %s\n", records.empty() ? "" : table.Text().c_str(), records.size(),
+                records.size() == 1 ? "shape" : "shapes", totals.closed, totals.open, totals.vertices,
+                totals.vertices == 1 ? "vertex" : "vertices");
 }
 
 }  // namespace

@@ -57,6 +57,7 @@ std::vector<ShapeRecord> InsetShapes(const std::vector<ShapeRecord>& records, co
 
 void RunInset(const InsetOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
+    NoteWhenEmpty(records, options.shapes);
     OutputFile output(options.output);
     output.Write(ShapeWriterFor(options.output)(InsetShapes(records, options), {}));
     output.Commit();

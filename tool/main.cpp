@@ -10,28 +10,16 @@
 #include <string>
 
 #include "refhost/refhost.h"
-#include "tool/apply_command.h"
-#include "tool/command.h"
+#include "tool/command_line.h"
 #include "tool/failure.h"
-#include "tool/info_command.h"
-#include "tool/inset_command.h"
 #include "tool/interrupt.h"
-#include "tool/mask_command.h"
-#include "tool/trace_command.h"
+#include "tool/usage_error.h"
 
 namespace {
 
 using namespace vrltool;
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
-
-constexpr const char* kExamples = R"(Examples:
-  vrl mask hand.json --size 640x480 --feather 8 -o hand.png
-  vrl apply photo.png hand.json -o cut.png
-  vrl inset hand.json --distance 4 -o smaller.svg
-  vrl trace logo.png -o logo.svg
-  vrl info icon.svg
-  vrl mask --help)";
 
 /// When the caller closed a standard stream, the next file opened would get its number, and messages would land in it.
 /// Opened the wrong way round, the stream fails at its first use, as a closed one should.
@@ -55,30 +43,23 @@ void FlushStandardOutput() {
 }
 
 int Run(int argc, char** argv) {
-    CLI::App program(
-        "Renders the masks of vector shapes, cuts pictures out by them, moves outlines and traces pictures into shapes.", "vrl");
-    program.set_version_flag("--version", "vrl " VRL_VERSION);
-    program.require_subcommand(0, 1);  // a missing one is told below, a misspelt one by the parser
-    program.footer(kExamples);
-    Command chosen;
-    AddMaskCommand(program, chosen);
-    AddApplyCommand(program, chosen);
-    AddInsetCommand(program, chosen);
-    AddTraceCommand(program, chosen);
-    AddInfoCommand(program, chosen);
+    CommandLine line;
     try {
-        program.parse(argc, argv);
-        if (!chosen) throw CLI::RequiredError("A command");
+        line.program.parse(argc, argv);
     } catch (const CLI::Success& help_or_version) {
-        program.exit(help_or_version);
+        line.program.exit(help_or_version);
         FlushStandardOutput();
         return kDone;
     } catch (const CLI::Error& error) {
-        Complain(std::string(error.what()) + " (see --help)");
+        Complain(ExplainUsageError(line.program, error));
+        return kWrongUsage;
+    }
+    if (!line.chosen) {
+        Complain(ExplainMissingCommand(line.program));
         return kWrongUsage;
     }
     refhost::Initialize();
-    chosen();
+    line.chosen();
     FlushStandardOutput();
     return kDone;
 }

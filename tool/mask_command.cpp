@@ -108,6 +108,7 @@ Overlay DrawOverlay(const GW_UnoBuffer& mask, const std::vector<ShapeRecord>& re
 
 void RunMask(const PictureOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
+    NoteWhenEmpty(records, options.shapes);
     OutputFile output(options.output);
     std::optional<OutputFile> overlay_output;
     if (!options.overlay.path.empty()) overlay_output.emplace(options.overlay.path);
@@ -127,7 +128,7 @@ void RunMask(const PictureOptions& options) {
 
 void AddFileArguments(CLI::App& command, PictureOptions& options) {
     command.add_option("SHAPES", options.shapes, "SVG or JSON file, - for standard input")->required()->type_name("");
-    command.add_option("-o,--output", options.output, "PNG file to write, - for standard output")->required()->type_name("FILE");
+    AddPngOutput(command, options.output);
     AddValue(command, "--size", "WxH", "size of the mask in pixels", [&](const std::string& text) {
         options.size = ParseSize(text);
     })->required();
@@ -138,7 +139,7 @@ void AddFileArguments(CLI::App& command, PictureOptions& options) {
 }
 
 void AddCombineArgument(CLI::App& command, PictureOptions& options) {
-    AddValue(command, "--combine", "MODE", "add, subtract, intersect, lighten, darken or difference",
+    AddValue(command, "--combine", "MODE", "how masks are joined: add, subtract, intersect, lighten, darken or difference",
              [&](const std::string& text) { options.combine = *CombineModeNamed(text); })
         ->check(CLI::IsMember(std::vector<std::string>(std::begin(kCombineNames), std::end(kCombineNames))))
         ->default_str("add");

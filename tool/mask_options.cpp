@@ -22,7 +22,7 @@ void AddMaskOptions(CLI::App& command, MaskOptions& options) {
     command.add_flag_callback(
         "--invert", [&] { params.invert = 1; }, "invert every shape's mask");
     AddAspect(command, params.pixel_aspect);
-    AddValue(command, "--quality", "NAME", "draft or best",
+    AddValue(command, "--quality", "NAME", "care taken over edges, draft or best",
              [&](const std::string& text) { params.quality = text == "best" ? 1 : 0; })
         ->check(CLI::IsMember({"draft", "best"}))
         ->default_str("best");

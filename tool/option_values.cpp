@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -84,6 +85,14 @@ M_Matrix3 ParseMatrix(const std::string& text) {
     const std::vector<double> v = NumberList(text);
     if (v.size() != 6) Refuse(text, "six numbers, a,b,c,d,tx,ty");
     return {{{v[0], v[1], 0}, {v[2], v[3], 0}, {v[4], v[5], 1}}};
+}
+
+void AddPngOutput(CLI::App& command, std::string& output) {
+    AddValue(command, "-o,--output", "FILE", "PNG file to write, - for standard output", [&output](const std::string& text) {
+        const std::string ending = CLI::detail::to_lower(std::filesystem::path(text).extension().string());
+        if (!ending.empty() && ending != ".png") throw CLI::ValidationError('"' + text + "\" does not end in .png");
+        output = text;
+    })->required();
 }
 
 void AddAspect(CLI::App& command, double& aspect) {

@@ -23,14 +23,18 @@ double ParseNumber(const std::string& text, double low, double high);
 M_Vector2T<double> ParseRadii(const std::string& text);
 M_Matrix3 ParseMatrix(const std::string& text);  // "a,b,c,d,tx,ty"
 
+/// Adds -o for a command that writes a picture. A name with another ending is refused: most likely it is that of the shapes,
+/// which would be lost.
+void AddPngOutput(CLI::App& command, std::string& output);
+
 /// Adds an option whose value `read` takes from its text. A complaint gets the option's name.
 template <class Read>
 CLI::Option* AddValue(CLI::App& command, const char* name, const char* value_name, const char* description, Read read) {
-    const auto named_read = [name, read](const std::string& text) {
+    const auto named_read = [name = std::string(name), read](const std::string& text) {
         try {
             read(text);
         } catch (const CLI::ValidationError& error) {
-            throw CLI::ValidationError(name, error.what());
+            throw CLI::ValidationError(name.substr(name.rfind(',') + 1), error.what());
         }
     };
     return command.add_option_function<std::string>(name, named_read, description)->type_name(value_name);

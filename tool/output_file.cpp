@@ -54,8 +54,11 @@ OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
 void OutputFile::OpenBeside() {
     const int file = CreateBeside(target_, temporary_);
     if (file < 0) {
+        const int error = errno;
         temporary_.clear();
-        Fail(errno);
+        const fs::path folder = fs::path(target_).parent_path();
+        if (error == ENOENT && !folder.empty() && !fs::exists(folder)) throw Failure(name_ + ": there is no such folder");
+        Fail(error);
     }
     struct stat existing {};
     constexpr mode_t kPermissions = 07777;

@@ -49,6 +49,10 @@ std::vector<ShapeRecord> LoadShapes(const std::string& path) {
     }
 }
 
+void NoteWhenEmpty(const std::vector<ShapeRecord>& records, const std::string& path) {
+    if (records.empty()) std::fprintf(stderr, "vrl: %s: there are no shapes in it\n", InputName(path).c_str());
+}
+
 ShapeWriter ShapeWriterFor(const std::string& path) {
     if (path == kStandardStream || path.ends_with(kJsonEnding)) return WriteJsonShapes;
     return path.ends_with(kSvgEnding) ? WriteSvgShapes : nullptr;

@@ -12,6 +12,9 @@ namespace vrltool {
 /// @throws Failure  with the file's name
 std::vector<ShapeRecord> LoadShapes(const std::string& path);
 
+/// Tells on standard error that there are no shapes, so that an empty result surprises nobody.
+void NoteWhenEmpty(const std::vector<ShapeRecord>& records, const std::string& path);
+
 /// Makes the text of a file of shapes.
 using ShapeWriter = std::string (*)(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras);
 

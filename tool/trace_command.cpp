@@ -100,7 +100,9 @@ std::unique_ptr<GW_World> ReducedTo8Bits(const GW_World& deep) {
 std::unique_ptr<GW_World> ReadPicture(const std::string& image, bool reduces, Traced& traced) {
     WorkProgress unseen(1, WorkProgress::Bar::kNever);
     std::unique_ptr<GW_World> world = ReadPng(image, unseen);
-    traced.reduced = reduces && IsDeep(*world);
+    if (IsDeep(*world) && !reduces)
+        throw Failure(InputName(image) + ": has 16 bits a sample, tracing takes 8; --reduce reduces them");
+    traced.reduced = IsDeep(*world);
     return traced.reduced ? ReducedTo8Bits(*world) : std::move(world);
 }
 
@@ -263,7 +265,7 @@ void AddFileArguments(CLI::App& command, TraceOptions& options) {
         ->default_str("svg");
     AddValue(command, "--jobs", "N", "pictures traced at the same time", [&](const std::string& text) {
         options.jobs = static_cast<std::size_t>(ParseNumber(text, 1, 256));
-    })->default_str(std::to_string(options.jobs));
+    })->default_str("one a processor core");
     command.add_flag("--reduce", options.reduces, "take pictures of 16 bits, reduced to 8");
     command.add_flag("--stats", options.prints_stats, "print sizes, counts and times; JSON files get the time as \"total_ms\"");
 }
@@ -276,7 +278,8 @@ void AddTracingArguments(CLI::App& command, TraceOptions& options) {
         })->default_str(CLI::detail::to_string(value));
     };
     constexpr double kPercent = 100, kMostPixels = 2147483647;
-    AddValue(command, "--channel", "NAME", "luminance, red, green, blue, alpha, hue, lightness, saturation or value",
+    AddValue(command, "--channel", "NAME",
+             "what is compared: luminance, red, green, blue, alpha, hue, lightness, saturation or value",
              [&](const std::string& text) { params.channel = kChannels.at(text); })
         ->check(CLI::IsMember(kChannels))
         ->default_str("luminance");
@@ -313,7 +316,7 @@ void CheckOutput(const TraceOptions& options) {
     if (IsFolder(options.output)) return;
     if (options.images.size() > 1) throw CLI::ValidationError("several pictures need a folder to be written to, -o FOLDER/");
     if (ShapeWriterFor(options.output) == nullptr) {
-        throw CLI::ValidationError("--output", '"' + options.output + "\" does not end in .svg or .json");
+        throw CLI::ValidationError("--output", '"' + options.output + "\" does not end in .svg or .json, nor in / for a folder");
     }
 }
 

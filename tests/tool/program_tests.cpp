@@ -64,7 +64,8 @@ TEST_F(Program, MasksCombineInOrder) {
     EXPECT_EQ(row("cut.json"), "##.#");  // a file's own mode wins; subtract starts from full
     EXPECT_EQ(row("cut.json --combine intersect"), "#...");
     Write("none.svg", "<svg/>");
-    EXPECT_EQ(row("none.svg --invert"), "....");  // no shape, no mask
+    EXPECT_EQ(Run("mask none.svg --size 4x1 --invert -o m.png").err, "vrl: none.svg: there are no shapes in it\n");
+    EXPECT_EQ(Samples("m.png"), std::vector<std::uint32_t>(4));  // no shape, no mask
 }
 
 TEST_F(Program, ApplyMultipliesTheMasksIntoTheAlpha) {
@@ -89,7 +90,8 @@ TEST_F(Program, ApplyMultipliesTheMasksIntoTheAlpha) {
     // Masks of 128; where they overlap 128 + 127 * 128 / 255 = 192.
     EXPECT_EQ(alphas("l.png two.svg --opacity 50"), (Alphas{50, 76, 51, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
     Write("none.svg", "<svg/>");
-    EXPECT_EQ(alphas("l.png none.svg"), Alphas(12, 0));
+    EXPECT_THAT(Run("apply l.png none.svg -o m.png").err, HasSubstr("no shapes"));
+    for (std::size_t i = 3; i < 48; i += 4) EXPECT_EQ(Samples("m.png").at(i), 0U);
 
     EXPECT_EQ(Run("apply l.png two.svg --touched -o m.png").out, "0 0 2 1\n1 0 3 1\n");
     EXPECT_EQ(Run("apply - two.svg -o - < l.png").out, Content(folder_ / "m.png"));
@@ -192,7 +194,7 @@ TEST_F(Program, StandardStreamsServeAsFiles) {
     EXPECT_EQ(Run("mask - --size 4x3 -o - < square.svg").out, Content(folder_ / "m.png"));
     const Outcome info = Run("info - < square.svg");
     EXPECT_THAT(info.out, HasSubstr("1   closed         4  1.00  1.00   3.00    3.00  4.00  clockwise     -\n"));
-    EXPECT_THAT(info.out, HasSubstr("1 shapes: 1 closed, 0 open, 4 vertices\n"));
+    EXPECT_THAT(info.out, HasSubstr("1 shape: 1 closed, 0 open, 4 vertices\n"));
     EXPECT_THAT(Run("--version").out, StartsWith("vrl "));
     for (const char* command : {"", "mask ", "apply ", "inset ", "info "})
         EXPECT_THAT(Run(std::string(command) + "--help").out, HasSubstr("Examples:"));
@@ -226,6 +228,7 @@ TEST_F(Program, WrongUsageIsStatus2) {
                                          mask + "--transform 1,0,0,1,0,inf",
                                          mask + "--combine xor",
                                          mask + "extra",
+                                         std::string("mask square.svg --size 4x3 -o square.svg"),
                                          std::string("mask square.svg --size 4x3 -o - --touched"),
                                          std::string("apply l.png square.svg -o - --touched"),
                                          std::string("apply l.png square.svg"),
@@ -255,6 +258,16 @@ TEST_F(Program, WrongUsageIsStatus2) {
         EXPECT_THAT(outcome.err, MatchesRegex("vrl: [^\n]*\n")) << arguments;
         EXPECT_EQ(outcome.out, "") << arguments;
     }
+    // What is wrong comes first, not what is missing because of it; and names that were nearly right are told.
+    const auto complaint = [&](const std::string& arguments) { return Run(arguments).err; };
+    EXPECT_EQ(complaint("maks square.svg"), "vrl: \"maks\" is not a command; did you mean mask? (see vrl --help)\n");
+    EXPECT_THAT(complaint("frob"), HasSubstr("there are mask, apply, inset, trace and info"));
+    EXPECT_THAT(complaint("mask square.svg --sise 4x3 -o m.png"),
+                HasSubstr("--sise is not an option of mask; did you mean --size?"));
+    EXPECT_THAT(complaint(mask + "--comb=add"), HasSubstr("did you mean --combine?"));
+    EXPECT_THAT(complaint(mask + "--feather"), HasSubstr("--feather needs a value (see vrl mask --help)"));
+    EXPECT_THAT(complaint(mask + "--depth 8 --depth 8"), HasSubstr("--depth is given more than once"));
+    EXPECT_THAT(complaint(mask + "--quality good"), HasSubstr("--quality: \"good\" is not draft or best"));
     EXPECT_THAT(Run(mask + "--expand inf").err, HasSubstr("--expand: \"inf\" is not a number from -32767 to 32767"));
     EXPECT_EQ(Files().size(), 1U);
 }
@@ -276,10 +289,10 @@ TEST_F(Program, FailedWorkIsStatus1AndLeavesNoFile) {
         {"info square.svg >&-", "vrl: standard output: Bad file descriptor\n"},
         {"mask square.svg --size 4x3 -o - >&-", "vrl: standard output: Bad file descriptor\n"},
         {"mask square.svg --size 4x3 -o /dev/full", "vrl: /dev/full: No space left on device\n"},
-        {"mask square.svg --size 4x3 -o none/m.png", "vrl: none/m\\.png: No such file or directory\n"},
+        {"mask square.svg --size 4x3 -o none/m.png", "vrl: none/m\\.png: there is no such folder\n"},
         {"mask square.svg --size 4x3 -o .", "vrl: \\.: Is a directory\n"},
         {"inset bad.svg --distance 1 -o m.svg", "vrl: bad\\.svg: <path id=\"x\">: [^\n]*\n"},
-        {"inset square.svg --distance 1 -o none/m.svg", "vrl: none/m\\.svg: No such file or directory\n"},
+        {"inset square.svg --distance 1 -o none/m.svg", "vrl: none/m\\.svg: there is no such folder\n"},
         {"inset square.svg --distance 1 -o - >/dev/full", "vrl: standard output: No space left on device\n"},
         {"trace none.png -o m.svg", "vrl: none\\.png: No such file or directory\n"},
         {"trace square.svg -o m.svg", "vrl: square\\.svg: Not a PNG file\n"},

@@ -69,7 +69,7 @@ TEST_F(TraceProgram, DeepPicturesAreReducedOnlyWhenAsked) {
     WriteRing("deep.png", 16, 0, 1);
     const Outcome refused = Run("trace deep.png -o deep.svg");
     EXPECT_EQ(refused.status, 1);
-    EXPECT_EQ(refused.err, "vrl: deep.png: NewMaskFromWorld only works for 8bpc\n");
+    EXPECT_EQ(refused.err, "vrl: deep.png: has 16 bits a sample, tracing takes 8; --reduce reduces them\n");
     EXPECT_FALSE(fs::exists(Path("deep.svg")));
     const Outcome reduced = Run("trace deep.png -o deep.svg --reduce");
     EXPECT_EQ(reduced.status, 0);
@@ -87,8 +87,8 @@ TEST_F(TraceProgram, SeveralPicturesGoIntoAFolderAndOneFailureStopsNoOther) {
     WriteRing("deep.png", 16, 0, 1);
     const Outcome outcome = Run("trace a.png deep.png none.png c.png -o out --format json --jobs 3 --stats");
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.err,
-                HasSubstr("vrl: deep.png: NewMaskFromWorld only works for 8bpc\nvrl: none.png: No such file or directory\n"));
+    EXPECT_THAT(outcome.err, HasSubstr("vrl: deep.png: has 16 bits a sample, tracing takes 8; --reduce reduces them\nvrl: "
+                                       "none.png: No such file or directory\n"));
     EXPECT_THAT(outcome.err, HasSubstr(" a.png     24      24       2 "));
     EXPECT_THAT(Content(folder_ / "out/c.json"), StartsWith("{\"total_ms\": "));
     EXPECT_EQ(ReadJsonShapes(Content(folder_ / "out/c.json")).size(), 2U);
