@@ -14,13 +14,14 @@ constexpr double kChordBend = 6.0 / 8;         // distance of a single chord, pe
 constexpr double kMovedBend = 6.0 * 25 / 288;  // of one of n chords between moved points, likewise, times n^2
 constexpr int kMostHalvings = 600;  // coordinates end near 1e77, 256 binary orders above a pixel: never reached by a sound curve
 
+bool IsStraight(const Cubic& cubic);
 bool LiesOnOneSide(const Cubic& cubic, const VisibleBox& visible);
 double PieceCount(const Cubic& cubic, double tolerance);
 void AppendHalves(const Cubic& cubic, double tolerance, const VisibleBox& visible, int halvings, std::vector<Point>& points);
 void AppendPieces(const Cubic& cubic, int count, std::vector<Point>& points);
 
 void Append(const Cubic& cubic, double tolerance, const VisibleBox& visible, int halvings, std::vector<Point>& points) {
-    if (LiesOnOneSide(cubic, visible) || halvings == kMostHalvings) {
+    if (IsStraight(cubic) || LiesOnOneSide(cubic, visible) || halvings == kMostHalvings) {
         points.push_back(cubic.p3);
         return;
     }
@@ -30,6 +31,10 @@ void Append(const Cubic& cubic, double tolerance, const VisibleBox& visible, int
     else
         AppendPieces(cubic, static_cast<int>(count), points);
 }
+
+/// A straight side of a shape comes as a curve with its control points on its ends. It runs along its chord, but unevenly, so
+/// that its second differences are as large as itself.
+bool IsStraight(const Cubic& c) { return c.p1 == c.p0 && c.p2 == c.p3; }
 
 /// The curve stays inside the hull of its points, and so does the chord: on one side of the box one does the other's work.
 bool LiesOnOneSide(const Cubic& c, const VisibleBox& visible) {

@@ -46,7 +46,7 @@ void AppendJoin(Point corner, Point before, Point after, double distance, JoinSt
                 std::vector<ChainPiece>& out) {
     const Point from = corner + distance * RightNormal(before);
     const Point to = corner + distance * RightNormal(after);
-    if (from.x == to.x && from.y == to.y) return;
+    if (from == to) return;
     const bool is_round = style.join == OffsetJoin::kRound;
     const double angle = is_round ? RoundJoinAngle(before, after, distance) : TurningAngle(before, after);
     const bool is_convex = angle * distance > 0;

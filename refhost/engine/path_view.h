@@ -22,6 +22,7 @@ void CheckOperators(const PathView& path);
 /// A point in the engine's working precision, pixels, x right, y down.
 struct Point {
     double x, y;
+    friend bool operator==(const Point&, const Point&) = default;
 };
 
 inline Point Map(const PIVMatrix& m, M_Vector2T<float> p) {
