@@ -8,9 +8,6 @@
 #include "api/vrl.h"
 #include "host/parallel.h"
 #include "refhost/image/parallel_iteration.h"
-#include "refhost/services/faults.h"
-#include "refhost/services/memory.h"
-#include "refhost/services/reports.h"
 #include "tests/support/shapes.h"
 
 namespace {
@@ -61,41 +58,6 @@ TYPED_TEST(MaskWithWorld, MergesTheMaskIntoAlphaInsideTheTouchedRectangle) {
     params.opacity = 0;
     ASSERT_EQ(VRL_MaskWithWorld(shape.get(), &params, &layer.definition, nullptr), 0);
     EXPECT_EQ(layer.Pixel(2, 2)[0], kMax);
-}
-
-TEST(MaskWithWorldFailures, AFailedRenderLeavesTheLayerAlone) {
-    refhost::SetReportSink([](const refhost::Report&) { return 0; });
-    const auto shape = Blob(30, 16, 16, 12);
-    const GW_ProgressInfo stop = {nullptr, nullptr,
-                                  [](void*, std::int32_t step, std::int32_t) -> std::int32_t { return step == 9 ? 4 : 0; }};
-    VRL_MaskParams params = PlainParams();
-    params.progress = &stop;
-    Layer<GW_Pixel8> layer(32, 32, 0);
-    M_LRect touched = {-1, -1, -1, -1};
-    EXPECT_EQ(VRL_MaskWithWorld(shape.get(), &params, &layer.definition, &touched), 4);
-    EXPECT_EQ(touched.left, -1);
-    params.progress = nullptr;
-    params.feather_x = 65536;
-    for (int nth = 1;; ++nth) {
-        refhost::FailAnyHostCall(nth, 9);
-        const std::int32_t status = VRL_MaskWithWorld(shape.get(), &params, &layer.definition, &touched);
-        refhost::DisarmFaults();
-        if (!refhost::FaultStruck()) break;
-        ASSERT_TRUE(status == 9 || status == -1 || status == 0);
-        ASSERT_TRUE(status == 0 || layer.Pixel(16, 16)[0] == 0);
-        layer.Pixel(16, 16)[0] = 0;
-    }
-    for (int nth = 1;; ++nth) {
-        Layer<GW_Pixel8> fresh(32, 32, 0);
-        refhost::FailAllocations(nth, 1 << 30);
-        const std::int32_t status = VRL_MaskWithWorld(shape.get(), &params, &fresh.definition, &touched);
-        refhost::DisarmFaults();
-        if (!refhost::FaultStruck()) break;
-        ASSERT_EQ(status, -4) << nth;
-        ASSERT_EQ(fresh.Pixel(16, 16)[0], 0);
-    }
-    EXPECT_EQ(refhost::AccountedBytes(), 0);
-    refhost::SetReportSink({});
 }
 
 TEST(ParallelIteration, EveryIndexRunsOnceTheCallerIsZeroAndTheFirstStatusStops) {

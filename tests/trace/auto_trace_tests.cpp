@@ -4,12 +4,10 @@
 #include <cmath>
 #include <map>
 #include <random>
-#include <thread>
 
 #include "api/vrl.h"
 #include "base/errors.h"
 #include "refhost/services/faults.h"
-#include "refhost/services/memory.h"
 #include "refhost/services/reports.h"
 #include "tests/support/shapes.h"
 #include "tests/support/thrown_int.h"
@@ -26,12 +24,6 @@ Shapes Traced(const GW_World& world, const VRL_AutoTraceParams& params = {}) {
     Shapes shapes;
     VRL_NewMasksFromWorld(&world, &params, shapes);
     return shapes;
-}
-
-std::vector<Items> ItemsOf(const Shapes& shapes) {
-    std::vector<Items> items;
-    for (const auto& shape : shapes) items.push_back(ItemsOf(*shape));
-    return items;
 }
 
 /// Twice the signed area of the polygon of all items, positive when they run clockwise on screen.
@@ -236,20 +228,6 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
     EXPECT_GT(compared, 3);
 }
 
-TEST(AutoTrace, ThreadsDoNotMeet) {
-    VRL_AutoTraceParams params;
-    params.minimum_area = 9;
-    constexpr unsigned kThreads = 4;
-    std::vector<std::vector<Items>> alone(kThreads), together(kThreads);
-    const auto trace = [&](unsigned i) { return ItemsOf(Traced(*Discs(20 + i, 120, 100), params)); };
-    for (unsigned i = 0; i < kThreads; ++i) alone[i] = trace(i);
-    {
-        std::vector<std::jthread> threads;
-        for (unsigned i = 0; i < kThreads; ++i) threads.emplace_back([&, i] { together[i] = trace(i); });
-    }
-    EXPECT_EQ(alone, together);
-}
-
 TEST_F(AutoTraceErrors, WhatCannotBeTracedIsRefused) {
     Shapes shapes;
     shapes.emplace_back(Rectangle(0, 0, 1, 1));
@@ -297,53 +275,4 @@ TEST_F(AutoTraceErrors, WhatCannotBeTracedIsRefused) {
     EXPECT_TRUE(trace.graph);
     VRLp_CreateShapes(generator, shapes);  // no art, no shapes
     EXPECT_EQ(shapes.size(), 1U);
-}
-
-TEST_F(AutoTraceErrors, FailuresAnywhereLeaveNothingBehind) {
-    const auto world = Discs(7, 26, 20);
-    const M_Matrix3 mirror = {{{-1, 0, 0}, {0, 1, 0}, {100, 5, 1}}};
-    VRL_AutoTraceParams params;
-    params.layer_transform = &mirror;
-    params.blur_radius = 1;
-    params.minimum_area = 3;
-    const std::vector<Items> wanted = ItemsOf(Traced(*world, params));
-    ASSERT_GE(wanted.size(), 2U);
-    constexpr int kStatus = 77, kForGood = 1 << 30;
-    const auto run = [&](Shapes& shapes) {
-        int code = 0;
-        try {
-            VRL_NewMasksFromWorld(world.get(), &params, shapes);
-        } catch (int thrown) {
-            code = thrown;
-        } catch (const std::bad_alloc&) {
-            code = -4;
-        }
-        refhost::DisarmFaults();
-        return code;
-    };
-    int calls = 0, allocations = 0;
-    for (int nth = 1;; ++nth) {
-        Shapes shapes;
-        refhost::FailAnyHostCall(nth, kStatus);
-        const int code = run(shapes);
-        ASSERT_EQ(refhost::AccountedBytes(), 0);
-        if (!refhost::FaultStruck()) break;
-        ASSERT_EQ(code, kStatus) << nth;
-        ASSERT_LE(shapes.size(), wanted.size());
-        ++calls;
-    }
-    EXPECT_GT(calls, 50);
-    for (int nth = 1;; ++nth) {
-        Shapes shapes;
-        refhost::FailAllocations(nth, kForGood);
-        const int code = run(shapes);
-        ASSERT_EQ(refhost::AccountedBytes(), 0);
-        if (!refhost::FaultStruck()) {
-            EXPECT_EQ(ItemsOf(shapes), wanted);
-            break;
-        }
-        ASSERT_EQ(code, -4) << nth;
-        ++allocations;
-    }
-    EXPECT_GT(allocations, 100);
 }
