@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/errors.h"
 #include "base/narrow.h"
-#include "host/fill_painter.h"
 #include "host/matrix.h"
 #include "host/parallel.h"
 #include "host/status_of.h"
@@ -33,6 +33,8 @@ void Iterate(std::int32_t count, Step&& step) {
     };
     ThrowIfFailed(GW_IterateGeneric(count, &step, call));
 }
+
+std::int64_t WidthOf(const M_LRect& rect) { return std::max<std::int64_t>(std::int64_t{rect.right} - rect.left, 0); }
 
 std::vector<M_LRect> BandsOf(const M_LRect& box) {
     const auto height = static_cast<double>(std::int64_t{box.bottom} - box.top);
@@ -80,9 +82,9 @@ template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::SetRenderBox(const M_LRect& box) {
     this->render_box = box;
     contours.resize(static_cast<std::size_t>(RingCount()));
-    const std::int64_t height = std::max<std::int64_t>(std::int64_t{box.bottom} - box.top, 0);
-    accumulator.resize(static_cast<std::size_t>(Width() * height));
     MakeRings();
+    reached = ReachOfRings();
+    accumulator.resize(static_cast<std::size_t>(CheckedCount(WidthOf(reached) * (std::int64_t{reached.bottom} - reached.top))));
     FillBands();
 }
 
@@ -143,6 +145,25 @@ void VRLp_PolyVariableFeatherRasterizer<P>::MakeRing(std::int32_t index, std::in
     contours[static_cast<std::size_t>(index)] = {std::move(ring), result};
 }
 
+// The box may be far wider than the shape, for a wide blur to come: pixels that no ring reaches are not kept.
+template <class P>
+M_LRect VRLp_PolyVariableFeatherRasterizer<P>::ReachOfRings() const {
+    const M_LRect& box = this->render_box;
+    constexpr float kFar = std::numeric_limits<float>::infinity();
+    VRLp_PathBounds reach = {kFar, kFar, -kFar, -kFar};
+    for (const Contour& contour : contours) {
+        if (contour.result == kContourAll) reach = {-kFar, -kFar, kFar, kFar};
+        if (contour.result != kContourPath) continue;
+        for (const auto [x, y] : contour.path.Data().points) {
+            reach = {std::min(reach.left, x), std::min(reach.top, y), std::max(reach.right, x), std::max(reach.bottom, y)};
+        }
+    }
+    const auto column = [&](int x) { return std::clamp(x, box.left, std::max(box.left, box.right)); };
+    const auto row = [&](int y) { return std::clamp(y, box.top, std::max(box.top, box.bottom)); };
+    return {column(FloorToInt(static_cast<double>(reach.left))), row(FloorToInt(static_cast<double>(reach.top))),
+            column(CeilToInt(static_cast<double>(reach.right))), row(CeilToInt(static_cast<double>(reach.bottom)))};
+}
+
 template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::FillBands() {
     const std::vector<M_LRect> bands = BandsOf(this->render_box);
@@ -156,53 +177,49 @@ void VRLp_PolyVariableFeatherRasterizer<P>::FillBands() {
 template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::FillBand(const M_LRect& band, std::int32_t thread_index) {
     if (thread_index == 0) this->canceler->Check();
-    if (Width() == 0) return;
-    std::vector<P> line(static_cast<std::size_t>(Width()));
+    if (WidthOf(band) == 0) return;
+    std::vector<P> line(static_cast<std::size_t>(WidthOf(band)));
+    const std::int32_t top = std::max(band.top, reached.top);
+    const std::int32_t bottom = WidthOf(reached) == 0 ? top : std::min(band.bottom, reached.bottom);
     for (const Contour& contour : contours) {
         if (contour.result == kContourAll) {
-            for (std::int32_t y = band.top; y < band.bottom; ++y) *AccumulatorRow(y) += kFullCoverage;
+            for (std::int32_t y = top; y < bottom; ++y) *AccumulatorRow(y) += kFullCoverage;
         } else if (contour.result == kContourPath && !contour.path.IsNull()) {
-            AddRing(contour.path, band, line.data());
+            const auto fill = VRLp_FillPainter::OfPath(contour.path.Data(), this->quality, band);
+            for (std::int32_t y = top; y < bottom; ++y) AddRow(fill, band, y, line.data());
         }
     }
-    for (std::int32_t y = band.top; y < band.bottom; ++y) {
+    for (std::int32_t y = top; y < bottom; ++y) {
         float* row = AccumulatorRow(y);
-        for (std::int64_t x = 1; x < Width(); ++x) row[x] += row[x - 1];
+        for (std::int64_t x = 1; x < WidthOf(reached); ++x) row[x] += row[x - 1];
     }
 }
 
 template <class P>
-void VRLp_PolyVariableFeatherRasterizer<P>::AddRing(const CGRXPath& ring, const M_LRect& band, P* line) {
-    const auto fill = VRLp_FillPainter::OfPath(ring.Data(), this->quality, band);
-    const std::int64_t width = Width();
-    for (std::int32_t y = band.top; y < band.bottom; ++y) {
-        float* row = AccumulatorRow(y);
-        const auto add = [&](std::int64_t begin, std::int64_t end, float coverage) {
-            row[begin] += coverage;
-            if (end < width) row[end] -= coverage;
-        };
-        const PIVRun* run = fill.Row(y, line);
-        for (std::int64_t x = 0; x < width; ++run) {
-            const std::int64_t end = std::min(std::int64_t{run->end} - band.left, width);
-            if (end <= x) continue;
-            if (run->kind == kPIVRunFull) add(x, end, kFullCoverage);
-            if (run->kind == kPIVRunPartial) {
-                const std::uint8_t* coverage = fill.Coverage(0, std::int64_t{y} - band.top);
-                for (std::int64_t i = x; i < end; ++i) add(i, i + 1, coverage[i]);
-            }
-            x = end;
+void VRLp_PolyVariableFeatherRasterizer<P>::AddRow(const VRLp_FillPainter& fill, const M_LRect& band, std::int32_t y, P* line) {
+    float* row = AccumulatorRow(y);
+    const std::int64_t width = WidthOf(reached);
+    const std::int64_t margin = std::int64_t{reached.left} - band.left;  // columns of the band before the row
+    const auto add = [&](std::int64_t begin, std::int64_t end, float coverage) {
+        row[begin] += coverage;
+        if (end < width) row[end] -= coverage;
+    };
+    const PIVRun* run = fill.Row(y, line);
+    for (std::int64_t x = 0; x < width; ++run) {
+        const std::int64_t end = std::min(std::int64_t{run->end} - reached.left, width);
+        if (end <= x) continue;
+        if (run->kind == kPIVRunFull) add(x, end, kFullCoverage);
+        if (run->kind == kPIVRunPartial) {
+            const std::uint8_t* coverage = fill.Coverage(margin, std::int64_t{y} - band.top);
+            for (std::int64_t i = x; i < end; ++i) add(i, i + 1, coverage[i]);
         }
+        x = end;
     }
 }
 
 template <class P>
 float* VRLp_PolyVariableFeatherRasterizer<P>::AccumulatorRow(std::int32_t y) {
-    return accumulator.data() + (std::int64_t{y} - this->render_box.top) * Width();
-}
-
-template <class P>
-std::int64_t VRLp_PolyVariableFeatherRasterizer<P>::Width() const {
-    return std::max<std::int64_t>(std::int64_t{this->render_box.right} - this->render_box.left, 0);
+    return accumulator.data() + (std::int64_t{y} - reached.top) * WidthOf(reached);
 }
 
 template <class P>
@@ -210,23 +227,26 @@ int VRLp_PolyVariableFeatherRasterizer<P>::RasterizeY(int y, std::uint16_t value
     constexpr auto kMax = static_cast<float>(SampleTraits<P>::kMax);
     *first_x = this->render_box.right;
     *end_x = this->render_box.left;
+    std::fill_n(line, WidthOf(this->render_box), P{0});
+    if (y < reached.top || y >= reached.bottom) return this->render_box.right;
     const float full = NarrowToFloat(static_cast<double>(contours.size()) * 255.0);
     const float level = static_cast<float>(static_cast<P>(value)) / kMax;
     const float* row = AccumulatorRow(y);
-    const auto width = static_cast<std::int32_t>(Width());
+    P* samples = line + (std::int64_t{reached.left} - this->render_box.left);
+    const auto width = static_cast<std::int32_t>(WidthOf(reached));
     for (std::int32_t column = 0; column < width; ++column) {
         float t = row[column] / full;
         if (smooth) t = (3.0F - 2.0F * t) * (t * t);
-        line[column] = static_cast<P>(t * level * kMax + 0.5F);
+        samples[column] = static_cast<P>(t * level * kMax + 0.5F);
     }
     const auto lit = [](P sample) { return sample != 0; };
-    const P* end = line + width;
-    const P* first = std::find_if(static_cast<const P*>(line), end, lit);
+    const P* end = samples + width;
+    const P* first = std::find_if(static_cast<const P*>(samples), end, lit);
     if (first != end) {
         const P* last = end - 1;
         while (*last == 0) --last;
-        *first_x = this->render_box.left + static_cast<std::int32_t>(first - line);
-        *end_x = this->render_box.left + static_cast<std::int32_t>(last - line);
+        *first_x = reached.left + static_cast<std::int32_t>(first - samples);
+        *end_x = reached.left + static_cast<std::int32_t>(last - samples);
     }
     return this->render_box.right;
 }

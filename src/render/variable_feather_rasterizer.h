@@ -39,13 +39,14 @@ class VRLp_PolyVariableFeatherRasterizer : public VRLp_PolyRasterizer<P> {
     void MakeRing(std::int32_t index, std::int32_t thread_index, float step, const M_FloatRect& clip);
     void FillBands();
     void FillBand(const M_LRect& band, std::int32_t thread_index);
-    void AddRing(const CGRXPath& ring, const M_LRect& band, P* line);  // `line` is lent to the painter
+    void AddRow(const VRLp_FillPainter& fill, const M_LRect& band, std::int32_t y, P* line);  // `line` is lent to the painter
+    M_LRect ReachOfRings() const;
     float* AccumulatorRow(std::int32_t y);
-    std::int64_t Width() const;
 
     std::vector<Contour> contours;
     bool smooth;
-    std::vector<float> accumulator;  // one a pixel of the box; 255 for every ring that covers it
+    M_LRect reached = {};            // the part of the box that rings reach
+    std::vector<float> accumulator;  // one for each of its pixels; 255 for every ring that covers it
     DY_FeatherContourMaker contour_maker;
 };
 
