@@ -29,7 +29,7 @@ constexpr M_Matrix3 kMirror = {{{-1, 0, 0}, {0, 1, 0}, {100, 5, 1}}};
 struct Inputs {
     // More vertices than fit a path record without heap blocks.
     std::unique_ptr<DY_Shape> blob = Blob(30, 8, 8, 7), varying = Blob(6, 8, 8, 5), unknown = Rectangle(1, 1, 9, 9);
-    std::unique_ptr<GW_World> picture = Speckled(20, 15);
+    std::unique_ptr<GW_World> picture = Speckled(20, 15), corner = Speckled(8, 6);
 
     Inputs() {
         refhost::SetFeatherPoints(*varying, {{0.5, 3}, {3, -2}});
@@ -142,6 +142,7 @@ std::vector<ExportCall> MakeExportCalls() {
     const VRL_MaskParams inverted = {.feather_x = Fixed(1), .expansion = Fixed(-1), .invert = 1, .opacity = 50000, .quality = 1};
     const VRL_MaskParams clear = {.opacity = 0};
     VRL_AutoTraceParams trace = {.blur_radius = 1, .layer_transform = &kMirror, .minimum_area = 3};
+    VRL_AutoTraceParams inverse_trace = {.invert = 1};
     using In = Inputs;
     return {
         IntoBuffer("plain8", &In::blob, 8, plain, nullptr),
@@ -160,6 +161,8 @@ std::vector<ExportCall> MakeExportCalls() {
         IntoList("inset", [](Shapes& shapes) { VRL_InsetShape(*Shared().blob, true, 1, 1, shapes); }),
         IntoList("inset_join", [](Shapes& shapes) { VRL_InsetShapeJoin(*Shared().blob, true, -2, 1.5, kVRLJoinMiter, shapes); }),
         IntoList("trace", [=](Shapes& shapes) { VRL_NewMasksFromWorld(Shared().picture.get(), &trace, shapes); }),
+        // Its first pixel is black where the other's is white: the two number their colours differently.
+        IntoList("trace_inverted", [=](Shapes& shapes) { VRL_NewMasksFromWorld(Shared().corner.get(), &inverse_trace, shapes); }),
     };
 }
 
