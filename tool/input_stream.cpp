@@ -5,11 +5,12 @@
 
 #include "tool/failure.h"
 #include "tool/standard_stream.h"
+#include "tool/system.h"
 
 namespace vrltool {
 
 InputStream OpenInput(const std::string& path) {
-    InputStream file(path == kStandardStream ? stdin : std::fopen(path.c_str(), "rb"));
+    InputStream file(path == kStandardStream ? stdin : OpenFile(path, "rb"));
     if (!file) throw Failure(std::strerror(errno));
     return file;
 }

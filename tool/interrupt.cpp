@@ -1,33 +1,25 @@
 #include "tool/interrupt.h"
 
-#include <signal.h>
+#include <atomic>
 
-#include <initializer_list>
+#include "tool/system.h"
 
 namespace vrltool {
 namespace {
 
-volatile sig_atomic_t stop_signal = 0;
+std::atomic<int> stop_signal = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler writes it");
 
 void RememberSignal(int signal) { stop_signal = signal; }
 
 }  // namespace
 
-void WatchInterrupts() {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action {};
-        sigaction(signal, nullptr, &action);
-        if (action.sa_handler == SIG_IGN) continue;
-        action.sa_handler = RememberSignal;
-        action.sa_flags = 0;  // no SA_RESTART: a read that waits for input must wake up
-        sigaction(signal, &action, nullptr);
-    }
-}
+void WatchInterrupts() { CatchStopRequests(RememberSignal); }
 
 int InterruptSignal() { return stop_signal; }
 
 void ThrowIfInterrupted() {
-    if (stop_signal != 0) throw Interruption{stop_signal};
+    if (stop_signal != 0) throw Interruption{stop_signal.load()};
 }
 
 }  // namespace vrltool

@@ -1,18 +1,18 @@
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "refhost/refhost.h"
 #include "tool/command_line.h"
 #include "tool/failure.h"
 #include "tool/interrupt.h"
+#include "tool/system.h"
 #include "tool/usage_error.h"
 
 namespace {
@@ -20,14 +20,6 @@ namespace {
 using namespace vrltool;
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
-
-/// When the caller closed a standard stream, the next file opened would get its number, and messages would land in it.
-/// Opened the wrong way round, the stream fails at its first use, as a closed one should.
-void TakeClosedStandardStreams() {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(stream, F_GETFD) < 0) open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
-    }
-}
 
 /// One line on standard error, whatever a file or its name may have put into the text.
 int Complain(std::string text) {
@@ -42,10 +34,18 @@ void FlushStandardOutput() {
     if (std::ferror(stdout) || std::fflush(stdout) != 0) throw Failure(std::string("standard output: ") + std::strerror(errno));
 }
 
-int Run(int argc, char** argv) {
+/// In UTF-8 and in reverse order, as the parser wants them.
+template <class Char>
+std::vector<std::string> Arguments(int argc, Char** argv) {
+    std::vector<std::string> arguments;
+    for (int i = argc - 1; i > 0; --i) arguments.push_back(std::filesystem::path(argv[i]).string());
+    return arguments;
+}
+
+int Run(std::vector<std::string> arguments) {
     CommandLine line;
     try {
-        line.program.parse(argc, argv);
+        line.program.parse(arguments);
     } catch (const CLI::Success& help_or_version) {
         line.program.exit(help_or_version);
         FlushStandardOutput();
@@ -64,13 +64,12 @@ int Run(int argc, char** argv) {
     return kDone;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    TakeClosedStandardStreams();
+template <class Char>
+int Main(int argc, Char** argv) {
+    PrepareStandardStreams();
     WatchInterrupts();
     try {
-        return Run(argc, argv);
+        return Run(Arguments(argc, argv));
     } catch (const Interruption& interruption) {
         return ExitStatusOf(interruption);
     } catch (const FailedFiles& failed) {
@@ -84,3 +83,11 @@ int main(int argc, char** argv) {
         return Complain("a call of the host failed with status " + std::to_string(status));
     }
 }
+
+}  // namespace
+
+#if defined(_WIN32)
+int wmain(int argc, wchar_t** argv) { return Main(argc, argv); }
+#else
+int main(int argc, char** argv) { return Main(argc, argv); }
+#endif

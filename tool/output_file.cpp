@@ -1,7 +1,5 @@
 #include "tool/output_file.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -12,24 +10,23 @@
 
 #include "tool/failure.h"
 #include "tool/standard_stream.h"
+#include "tool/system.h"
 
 namespace vrltool {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr mode_t kUsualMode = 0666;  // less what the umask takes away
-
-/// A new file in the folder of `target` for writing; -1 and errno when there can be none.
-int CreateBeside(const std::string& target, std::string& created) {
+/// A new file in the folder of `target` for writing; null and errno when there can be none.
+std::FILE* CreateBeside(const std::string& target, std::string& created) {
     const fs::path folder = fs::path(target).parent_path();
     constexpr int kAttempts = 100;  // names left behind by a killed program that had the same process number
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         created = (folder / (".vrl-" + std::to_string(getpid()) + '-' + std::to_string(attempt) + ".tmp")).string();
-        const int file = open(created.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kUsualMode);
-        if (file >= 0 || errno != EEXIST) return file;
+        std::FILE* file = CreateNewFile(created);
+        if (file != nullptr || errno != EEXIST) return file;
     }
-    return -1;
+    return nullptr;
 }
 
 }  // namespace
@@ -43,7 +40,7 @@ OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
     const fs::file_status status = fs::status(path, error);
     if (fs::is_directory(status)) Fail(EISDIR);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
-        stream_ = std::fopen(path.c_str(), "wb");
+        stream_ = OpenFile(path, "wb");
         if (stream_ == nullptr) Fail(errno);
         return;
     }
@@ -52,23 +49,23 @@ OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
 }
 
 void OutputFile::OpenBeside() {
-    const int file = CreateBeside(target_, temporary_);
-    if (file < 0) {
+    stream_ = CreateBeside(target_, temporary_);
+    if (stream_ == nullptr) {
         const int error = errno;
         temporary_.clear();
         const fs::path folder = fs::path(target_).parent_path();
         if (error == ENOENT && !folder.empty() && !fs::exists(folder)) throw Failure(name_ + ": there is no such folder");
         Fail(error);
     }
-    struct stat existing {};
-    constexpr mode_t kPermissions = 07777;
-    if (stat(target_.c_str(), &existing) == 0) fchmod(file, existing.st_mode & kPermissions);  // replaced, not reopened
-    stream_ = fdopen(file, "wb");
+    std::error_code ignored;
+    const fs::file_status existing = fs::status(target_, ignored);
+    if (fs::exists(existing)) fs::permissions(temporary_, existing.permissions(), ignored);  // replaced, not reopened
 }
 
 OutputFile::~OutputFile() {
     if (stream_ != nullptr && stream_ != stdout) std::fclose(stream_);
-    if (!temporary_.empty()) unlink(temporary_.c_str());
+    std::error_code ignored;
+    if (!temporary_.empty()) fs::remove(temporary_, ignored);
 }
 
 void OutputFile::Write(std::string_view text) {
@@ -79,7 +76,9 @@ void OutputFile::Commit() {
     if (std::ferror(stream_) || std::fflush(stream_) != 0) Fail(errno);
     if (stream_ != stdout && std::fclose(std::exchange(stream_, nullptr)) != 0) Fail(errno);
     if (temporary_.empty()) return;
-    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) Fail(errno);
+    std::error_code error;
+    fs::rename(temporary_, target_, error);
+    if (error) Fail(error.default_error_condition().value());
     temporary_.clear();
 }
 

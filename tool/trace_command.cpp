@@ -134,7 +134,7 @@ std::optional<Affine> Inverse(const M_Matrix3& transform) {
 
 bool IsFolder(const std::string& path) {
     std::error_code ignored;  // what cannot be looked at is no folder
-    return path.ends_with('/') || fs::is_directory(path, ignored);
+    return (!path.empty() && !fs::path(path).has_filename()) || fs::is_directory(path, ignored);
 }
 
 void MakeFolder(const std::string& path) {

@@ -13,14 +13,15 @@ namespace {
 
 constexpr std::chrono::milliseconds kShortWork{500};  // nobody needs a bar for less
 constexpr int kBarWidth = 40;                         // characters
+constexpr int kLineWidth = kBarWidth + 7;             // with brackets and " 100%"
 
 }  // namespace
 
 WorkProgress::WorkProgress(std::size_t parts, Bar bar)
-    : info_{this, OnAbort, OnProgress}, parts_(parts), shows_bar_(bar == Bar::kOnTerminal && isatty(STDERR_FILENO) == 1) {}
+    : info_{this, OnAbort, OnProgress}, parts_(parts), shows_bar_(bar == Bar::kOnTerminal && isatty(STDERR_FILENO) != 0) {}
 
 WorkProgress::~WorkProgress() {
-    if (shown_percent_ >= 0) std::fputs("\r\033[K", stderr);
+    if (shown_percent_ >= 0) std::fprintf(stderr, "\r%*s\r", kLineWidth, "");
 }
 
 void WorkProgress::Report(std::int32_t step, std::int32_t total) {
