@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/narrow.h"
+#include "base/of_thread.h"
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/scan_converter.h"
 
@@ -21,7 +22,6 @@ struct Workspace {
     std::vector<Point> points;
     ScanConverter converter;
 };
-thread_local Workspace workspace;
 
 void MapPoints(const PathView& path, const PIVMatrix& matrix, std::vector<Point>& points) {
     points.resize(path.Size());
@@ -51,6 +51,7 @@ FillArea FindArea(std::span<const Point> points, const PIVDeviceRect& device) {
 FillPainter::FillPainter(const PathView& path, const PIVMatrix& matrix, const PIVDeviceRect& device, bool best_quality)
     : device_(device), empty_row_{kPIVRunEmpty, device.right}, info_{nullptr, 0, &FillPainter::Row, this} {
     CheckOperators(path);
+    Workspace& workspace = OfThread<Workspace>();
     MapPoints(path, matrix, workspace.points);
     const FillArea area = FindArea(workspace.points, device);
     if (area.IsEmpty() || device.top >= device.bottom) return;

@@ -9,6 +9,7 @@
 
 #include "base/fixed16.h"
 #include "base/narrow.h"
+#include "base/of_thread.h"
 #include "host/image.h"
 
 namespace refhost {
@@ -264,10 +265,14 @@ void SumUpStretch(std::uint32_t* sums, const Extent& extent, std::uint32_t plate
     SumUpConstant(sums, {end, extent.count}, end > 0 ? sums[end - 1] : 0, plateau_after);
 }
 
+struct Workspace {
+    std::vector<std::uint32_t> sums;
+};
+
 /// At least `count` entries and a few to spare for whole fours, kept by the calling thread.
 /// @throws std::bad_alloc
 std::uint32_t* WorkingSums(std::int64_t count) {
-    static thread_local std::vector<std::uint32_t> sums;
+    std::vector<std::uint32_t>& sums = OfThread<Workspace>().sums;
     const auto needed = static_cast<std::size_t>(count + kLanes);
     if (sums.size() < needed) sums.resize(needed);
     return sums.data();

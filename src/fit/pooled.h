@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <new>
 
+#include "base/of_thread.h"
+
 /// Gives `T` storage that is kept when an object is deleted, for the next one of the same thread: fitting makes and drops
 /// its small objects by the hundred thousand. For use as a base of `T`; classes derived from `T` are not pooled. Under
 /// AddressSanitizer nothing is, so that it sees every use of a deleted object.
@@ -49,8 +51,5 @@ class CFPooled {
         return size == sizeof(T);
 #endif
     }
-    static Slots& Pool() {
-        thread_local Slots slots;
-        return slots;
-    }
+    static Slots& Pool() { return OfThread<Slots>(); }
 };

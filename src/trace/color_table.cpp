@@ -5,6 +5,7 @@
 
 #include "base/errors.h"
 #include "base/narrow.h"
+#include "base/of_thread.h"
 
 namespace {
 
@@ -16,10 +17,7 @@ float Compressed(float t);
 
 }  // namespace
 
-RPColorTable& RPColorTable::OfThread() {
-    static thread_local RPColorTable table;
-    return table;
-}
+RPColorTable& RPColorTable::OfThread() { return ::OfThread<RPColorTable>(); }
 
 void RPColorTable::Reset() { *this = {}; }
 
