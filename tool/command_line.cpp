@@ -29,7 +29,8 @@ CommandLine::CommandLine() : program(kDescription, "vrl") {
     program.formatter(std::make_shared<HelpFormat>());  // commands take over what is set before them
     program.set_help_flag("-h,--help", "print this help");
     program.set_version_flag("-V,--version", "vrl " VRL_VERSION, "print the version");
-    program.require_subcommand(0, 1);  // a missing one is told with the others' names, a misspelt one by the parser
+    program.allow_windows_style_options(false);  // a file's name may start with a slash everywhere
+    program.require_subcommand(0, 1);            // a missing one is told with the others' names, a misspelt one by the parser
     program.footer(kExamples);
     AddMaskCommand(program, chosen);
     AddApplyCommand(program, chosen);

@@ -24,7 +24,7 @@ BOOL WINAPI OnConsoleRequest(DWORD request) {
 }  // namespace
 
 void PrepareStandardStreams() {
-    for (std::FILE* stream : {stdin, stdout}) _setmode(_fileno(stream), _O_BINARY);
+    for (std::FILE* stream : {stdin, stdout, stderr}) _setmode(_fileno(stream), _O_BINARY);
 }
 
 void CatchStopRequests(void (*handler)(int signal)) {

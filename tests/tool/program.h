@@ -30,7 +30,7 @@ struct Outcome {
     std::string out, err;
 };
 
-/// Runs the program itself, in an empty folder of its own.
+/// Runs the program itself, or the command VRL_TOOL of the environment in its place, in an empty folder of its own.
 class Program : public testing::Test {
  protected:
     Program() {
@@ -47,9 +47,13 @@ class Program : public testing::Test {
 
     void Write(const std::string& name, const std::string& text) { std::ofstream(folder_ / name) << text; }
 
+    static std::string Tool() {
+        const char* instead = std::getenv("VRL_TOOL");
+        return instead == nullptr ? VRL_TOOL_PATH : instead;
+    }
     /// `arguments` are the shell's, redirections included.
     Outcome Run(const std::string& arguments) {
-        const std::string command = "cd " + folder_.string() + " && " VRL_TOOL_PATH " " + arguments;
+        const std::string command = "cd " + folder_.string() + " && " + Tool() + " " + arguments;
         const std::string logs = " >" + (log_ / "out").string() + " 2>" + (log_ / "err").string();
         const int status = std::system(("{ " + command + "; }" + logs).c_str());
         return {WEXITSTATUS(status), Content(log_ / "out"), Content(log_ / "err")};
