@@ -28,7 +28,8 @@ VRL_API void VRL_Death() noexcept;
 
 /// Renders one mask into `buffer`, whose earlier content is lost. The caller owns all arguments.
 /// `transform` (may be null) maps the shape into buffer pixels. `touched` (may be null) receives the rectangle of the
-/// buffer that the mask may have made non-zero; the whole buffer when the mask is inverted or its opacity is 0.
+/// buffer that the mask may have made non-zero; the whole buffer when the mask is inverted or its opacity is 0. Under a
+/// transform that turns or skews, a variable feather may reach beyond it.
 /// Returns 0, a host status, the stop code of the progress callbacks, or the host's status for an exception; the
 /// buffer then keeps what was written so far.
 VRL_API std::int32_t VRL_MaskWithShape(const DY_Shape* shape, const VRL_MaskParams* params, const M_Matrix3* transform,
@@ -41,7 +42,8 @@ VRL_API std::int32_t VRL_MaskWithWorld(const DY_Shape* shape, const VRL_MaskPara
 
 /// Moves the outline of `shape` inwards by `distance` pixels, outwards when it is negative, and appends what is left to
 /// `shapes`: one new shape for every piece, none when nothing is left. One unit of distance spans `pixel_aspect` (not 0)
-/// pixels across and one down. Corners are joined round. The list keeps what it held.
+/// pixels across and one down. Corners are joined round. The list keeps what it held. After a
+/// failure it also has the pieces made so far, the last one as far as it got.
 /// @throws int, CNUBError, QELException, std::bad_alloc  as the host and its engine fail
 VRL_API void VRL_InsetShape(const DY_Shape& shape, bool quality, double distance, double pixel_aspect,
                             std::vector<boost::shared_ptr<DY_Shape>>& shapes);

@@ -65,10 +65,6 @@ void CollectDYShapeFunctor::Deliver() {
     std::unique_ptr<DY_Shape> shape = creator_.Release();
     if (shape == nullptr) return;
     if (shape->IsOpen()) {
-        constexpr std::int32_t kSegmentPoints = 3;
-        if ((*shape->GetPoints())->count == 0) return;  // not even a start
-        while ((*shape->GetPoints())->count % kSegmentPoints != 1)
-            VRLp_RemoveLastPoint(*shape);  // a segment that failed half-way
         VRLp_AppendPoint(*shape, last_);
         VRLp_AppendPoint(*shape, start_);
     }

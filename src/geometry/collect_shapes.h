@@ -13,8 +13,7 @@ bool VRLp_SameCoordinate(float a, float b);
 
 /// Turns every subpath played to it into a new shape at the end of `shapes`: closed by ClosePath, open without it, then
 /// with a straight leg back to its start. Straight segments carry control points on their anchors.
-/// The last shape is delivered by the destructor, also when an exception ends the playback; then with the segments that were
-/// complete.
+/// The last shape is delivered by the destructor, also when an exception ends the playback.
 class CollectDYShapeFunctor : public HOB_OutlinePlayer {
  public:
     explicit CollectDYShapeFunctor(std::vector<boost::shared_ptr<DY_Shape>>& shapes);

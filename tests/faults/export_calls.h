@@ -26,7 +26,7 @@ struct ExportCall {
     const char* name;
     bool polls;  // takes the progress record
     /// `arm` runs right before the export; faults are disarmed after it. Expects what must hold after a failure as well: a layer
-    /// that was not touched, a list with what it held before and no half-built shape.
+    /// that was not touched, a list with what it held before and whole shapes, but for the outline that an inset was at.
     std::function<Outcome(const GW_ProgressInfo* progress, const std::function<void()>& arm)> call;
 
     Outcome Run(
