@@ -6,6 +6,7 @@
 #include <new>
 
 #include "base/errors.h"
+#include "fit/lanes.h"
 #include "host/services.h"
 
 namespace {
@@ -75,9 +76,9 @@ Pixel Unpacked(Packed p) {
 }
 
 template <class ValueOf>
-void ThresholdRow(const std::uint8_t* from, std::uint8_t* to, std::int32_t width, Packed flip, float threshold,
-                  ValueOf value_of) {
-    for (std::int64_t byte = 0; byte < std::int64_t{width} * kPixelBytes; byte += kPixelBytes) {
+void ThresholdRow(const std::uint8_t* from, std::uint8_t* to, std::int32_t first, std::int32_t width, Packed flip,
+                  float threshold, ValueOf value_of) {
+    for (std::int64_t byte = std::int64_t{first} * kPixelBytes; byte < std::int64_t{width} * kPixelBytes; byte += kPixelBytes) {
         Packed source, pixel;
         std::memcpy(&source, from + byte, sizeof source);
         std::memcpy(&pixel, to + byte, sizeof pixel);
@@ -92,7 +93,40 @@ template <class ValueOf>
 void ThresholdPixels(const GW_World& source, const VRLp_TraceContext& context, GW_World& bitmap, ValueOf value_of) {
     const Packed flip = context.invert != 0 ? ~Packed{0} : 0;  // v ^ 255 is 255 - v
     for (std::int32_t y = 0; y < source.height; ++y) {
-        ThresholdRow(RowOf(source, y), RowOf(bitmap, y), source.width, flip, context.threshold, value_of);
+        ThresholdRow(RowOf(source, y), RowOf(bitmap, y), 0, source.width, flip, context.threshold, value_of);
+    }
+}
+
+// Four pixels side by side, as words of two components each.
+using Words = std::uint16_t __attribute__((vector_size(sizeof(Lanes))));
+
+/// The luminances of four pixels. All products and sums fit into words.
+Lanes Luminances(LaneFlags pixels) {
+    constexpr bool kLittle = std::endian::native == std::endian::little;
+    constexpr Words kAlphaGreen = {0, 151, 0, 151, 0, 151, 0, 151}, kRedBlue = {77, 28, 77, 28, 77, 28, 77, 28};
+    const auto words = std::bit_cast<Words>(pixels);
+    const Words lower = words & 255, upper = words >> 8;
+    const auto parts = std::bit_cast<LaneFlags>((kLittle ? lower : upper) * kAlphaGreen + (kLittle ? upper : lower) * kRedBlue);
+    return __builtin_convertvector(((parts & 65535) + (parts >> 16 & 65535)) >> 8, Lanes);
+}
+
+/// What ThresholdPixels does with Luminance, in a third of the time.
+void ThresholdLuminance(const GW_World& source, const VRLp_TraceContext& context, GW_World& bitmap) {
+    const LaneFlags alpha = LaneFlags{} + static_cast<std::int32_t>(kAlphaBits);
+    const Packed flip = context.invert != 0 ? ~Packed{0} : 0;
+    const std::int32_t in_lanes = source.width / kLanes * kLanes;
+    for (std::int32_t y = 0; y < source.height; ++y) {
+        const std::uint8_t* from = RowOf(source, y);
+        std::uint8_t* to = RowOf(bitmap, y);
+        for (std::int32_t x = 0; x < in_lanes; x += kLanes) {
+            LaneFlags pixels, set;
+            std::memcpy(&pixels, from + std::int64_t{x} * kPixelBytes, sizeof pixels);
+            std::memcpy(&set, to + std::int64_t{x} * kPixelBytes, sizeof set);
+            const LaneFlags below = Luminances(pixels ^ static_cast<std::int32_t>(flip)) < context.threshold;
+            set = (set & alpha) | (~below & ~alpha);
+            std::memcpy(to + std::int64_t{x} * kPixelBytes, &set, sizeof set);
+        }
+        ThresholdRow(from, to, in_lanes, source.width, flip, context.threshold, Luminance);
     }
 }
 
@@ -100,7 +134,7 @@ void ThresholdChannel(const GW_World& source, const VRLp_TraceContext& context, 
     const auto fill = [&](auto value_of) { ThresholdPixels(source, context, bitmap, value_of); };
     switch (context.channel) {
         case kVRLTraceLuminance:
-            return fill([](Pixel p) { return Luminance(p); });
+            return ThresholdLuminance(source, context, bitmap);
         case kVRLTraceRed:
             return fill([](Pixel p) { return p.r; });
         case kVRLTraceGreen:
