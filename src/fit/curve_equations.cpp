@@ -36,6 +36,11 @@ HermiteSums SumOver(const CF1CurveView& view);
 CFBezier3 CurveOf(CFPoint start, CFPoint end, const CFCurveEquations::EndDerivatives& derivatives);
 bool IsFinite(const CFBezier3& curve);
 
+void Set(CFVectorX<float>& numbers, std::initializer_list<double> values) {
+    numbers.Resize(values.size());
+    std::transform(values.begin(), values.end(), &numbers[0], [](double value) { return NarrowToFloat(value); });
+}
+
 double Dot(CFPoint a, CFPoint b) {
     return static_cast<double>(a.x) * static_cast<double>(b.x) + static_cast<double>(a.y) * static_cast<double>(b.y);
 }
@@ -59,11 +64,19 @@ bool CFCurveEquations::SolveFor(const HermiteSums& sums, const CF1CurveViewConst
     const CFTangentConstraint& start = constraints.start_tangent;
     const CFTangentConstraint& end = constraints.end_tangent;
     constexpr CFPoint kX{1.0F, 0.0F}, kY{0.0F, 1.0F};
+    if (!start.active && !end.active) return SolveForFreeEnds(sums, derivatives);
     if (start.active && end.active) return SolveFor(sums, {{false, start.value}, {true, end.value}}, derivatives);
     if (start.active) return SolveFor(sums, {{false, start.value}, {true, kX}, {true, kY}}, derivatives);
-    if (end.active) return SolveFor(sums, {{false, kX}, {false, kY}, {true, end.value}}, derivatives);
-    // The axes have nothing to do with each other.
-    return SolveFor(sums, {{false, kX}, {true, kX}}, derivatives) && SolveFor(sums, {{false, kY}, {true, kY}}, derivatives);
+    return SolveFor(sums, {{false, kX}, {false, kY}, {true, end.value}}, derivatives);
+}
+
+/// The axes have nothing to do with each other: two unknowns for each, and the same matrix for both.
+bool CFCurveEquations::SolveForFreeEnds(const HermiteSums& sums, EndDerivatives& derivatives) {
+    Set(matrix_, {sums.start_start, sums.start_end, sums.start_end, sums.end_end});
+    Set(rhs_, {sums.start_x, sums.end_x, sums.start_y, sums.end_y});
+    if (!Solve(matrix_, rhs_)) return false;
+    derivatives = {{rhs_[0], rhs_[2]}, {rhs_[1], rhs_[3]}};
+    return true;
 }
 
 bool CFCurveEquations::SolveFor(const HermiteSums& sums, std::initializer_list<Unknown> unknowns, EndDerivatives& derivatives) {

@@ -30,6 +30,7 @@ class CFCurveEquations {
     };
 
     bool SolveFor(const HermiteSums& sums, const CF1CurveViewConstraints& constraints, EndDerivatives& derivatives);
+    bool SolveForFreeEnds(const HermiteSums& sums, EndDerivatives& derivatives);
     /// Adds the multiples of the unknowns to the derivatives; false when the equations do not fix them.
     bool SolveFor(const HermiteSums& sums, std::initializer_list<Unknown> unknowns, EndDerivatives& derivatives);
 

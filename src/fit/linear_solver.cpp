@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 #include "base/errors.h"
@@ -36,20 +37,29 @@ float Reduced(const float* matrix, std::size_t row, std::size_t column, std::siz
     return NarrowToFloat(sum);
 }
 
+/// The factors of a matrix whose rows were exchanged: the upper one on and above the diagonal and the lower one, with ones on
+/// its diagonal, below. `rows` names the row that went to each place.
 template <std::size_t n>
-void SwapRows(float* matrix, float* scales, float* rhs, std::size_t a, std::size_t b) {
+struct Factors {
+    float* matrix;
+    std::size_t rows[n];
+};
+
+template <std::size_t n>
+void SwapRows(Factors<n>& factors, float* scales, std::size_t a, std::size_t b) {
     if (a == b) return;
-    for (std::size_t column = 0; column < n; ++column) std::swap(matrix[a * n + column], matrix[b * n + column]);
+    for (std::size_t column = 0; column < n; ++column) std::swap(factors.matrix[a * n + column], factors.matrix[b * n + column]);
     std::swap(scales[a], scales[b]);
-    std::swap(rhs[a], rhs[b]);
+    std::swap(factors.rows[a], factors.rows[b]);
 }
 
-/// Leaves the upper factor on and above the diagonal and the lower one, with ones on its diagonal, below; `rhs` in the order
-/// of the exchanged rows.
+/// False when the matrix is singular.
 template <std::size_t n>
-bool Decompose(float* matrix, float* rhs) {
+bool Decompose(Factors<n>& factors) {
+    float* const matrix = factors.matrix;
     float scales[n];
     if (!RowScales<n>(matrix, scales)) return false;
+    std::iota(factors.rows, factors.rows + n, std::size_t{0});
     for (std::size_t column = 0; column < n; ++column) {
         for (std::size_t row = 0; row < column; ++row) matrix[row * n + column] = Reduced<n>(matrix, row, column, row);
         std::size_t pivot = column;
@@ -62,7 +72,7 @@ bool Decompose(float* matrix, float* rhs) {
                 pivot = row;
             }
         }
-        SwapRows<n>(matrix, scales, rhs, column, pivot);
+        SwapRows<n>(factors, scales, column, pivot);
         const float diagonal = matrix[column * n + column];
         if (!(std::abs(diagonal) > kSingular)) return false;
         for (std::size_t row = column + 1; row < n; ++row) matrix[row * n + column] /= diagonal;
@@ -71,34 +81,42 @@ bool Decompose(float* matrix, float* rhs) {
 }
 
 template <std::size_t n>
-bool SolveSystem(float* matrix, float* rhs) {
-    if (!Decompose<n>(matrix, rhs)) return false;
+void Substitute(const Factors<n>& factors, float* rhs) {
+    float x[n];
     const auto term = [&](std::size_t row, std::size_t k) {
-        return static_cast<double>(matrix[row * n + k]) * static_cast<double>(rhs[k]);
+        return static_cast<double>(factors.matrix[row * n + k]) * static_cast<double>(x[k]);
     };
     for (std::size_t row = 0; row < n; ++row) {
-        auto sum = static_cast<double>(rhs[row]);
+        auto sum = static_cast<double>(rhs[factors.rows[row]]);
         for (std::size_t k = 0; k < row; ++k) sum -= term(row, k);
-        rhs[row] = NarrowToFloat(sum);
+        x[row] = NarrowToFloat(sum);
     }
     for (std::size_t row = n; row-- > 0;) {
-        auto sum = static_cast<double>(rhs[row]);
+        auto sum = static_cast<double>(x[row]);
         for (std::size_t k = row + 1; k < n; ++k) sum -= term(row, k);
-        rhs[row] = NarrowToFloat(sum / static_cast<double>(matrix[row * n + row]));
+        x[row] = NarrowToFloat(sum / static_cast<double>(factors.matrix[row * n + row]));
     }
+    std::copy_n(x, n, rhs);
+}
+
+template <std::size_t n>
+bool SolveSystem(CFVectorX<float>& matrix, CFVectorX<float>& rhs) {
+    Factors<n> factors{&matrix[0], {}};
+    if (!Decompose<n>(factors)) return false;
+    for (std::size_t first = 0; first < rhs.Size(); first += n) Substitute<n>(factors, &rhs[first]);
     return true;
 }
 
 }  // namespace
 
 bool Solve(CFVectorX<float>& matrix, CFVectorX<float>& rhs) {
-    switch (rhs.Size()) {
-        case 2:
-            return SolveSystem<2>(&matrix[0], &rhs[0]);
-        case 3:
-            return SolveSystem<3>(&matrix[0], &rhs[0]);
-        case 4:
-            return SolveSystem<4>(&matrix[0], &rhs[0]);
+    switch (matrix.Size()) {
+        case 2 * 2:
+            return SolveSystem<2>(matrix, rhs);
+        case 3 * 3:
+            return SolveSystem<3>(matrix, rhs);
+        case 4 * 4:
+            return SolveSystem<4>(matrix, rhs);
         default:
             throw kBrokenInvariant;
     }

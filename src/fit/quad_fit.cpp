@@ -21,7 +21,7 @@ class NormalEquations {
     void Add(const Weights& weights, CFPoint point) {
         const auto x = static_cast<double>(point.x), y = static_cast<double>(point.y);
         for (std::size_t i = 0; i < kUnknowns; ++i) {
-            for (std::size_t j = 0; j < kUnknowns; ++j) matrix_[i * kUnknowns + j] += weights[i] * weights[j];
+            for (std::size_t j = 0; j <= i; ++j) matrix_[i * kUnknowns + j] += weights[i] * weights[j];
             xs_[i] += weights[i] * x;
             ys_[i] += weights[i] * y;
         }
@@ -29,25 +29,22 @@ class NormalEquations {
 
     /// The control points; no value when the equations are singular.
     std::optional<std::array<CFPoint, kUnknowns>> Solution() const {
-        CFVectorX<float> matrix(kUnknowns * kUnknowns), xs(kUnknowns), ys(kUnknowns);
-        Copy(matrix_, matrix);
-        Copy(xs_, xs);
-        if (!Solve(matrix, xs)) return std::nullopt;
-        Copy(matrix_, matrix);
-        Copy(ys_, ys);
-        if (!Solve(matrix, ys)) return std::nullopt;
+        CFVectorX<float> matrix(kUnknowns * kUnknowns), rhs(2 * kUnknowns);
+        for (std::size_t i = 0; i < kUnknowns; ++i) {
+            for (std::size_t j = 0; j <= i; ++j) {
+                matrix[i * kUnknowns + j] = matrix[j * kUnknowns + i] = NarrowToFloat(matrix_[i * kUnknowns + j]);
+            }
+            rhs[i] = NarrowToFloat(xs_[i]);
+            rhs[kUnknowns + i] = NarrowToFloat(ys_[i]);
+        }
+        if (!Solve(matrix, rhs)) return std::nullopt;
         std::array<CFPoint, kUnknowns> points;
-        for (std::size_t i = 0; i < kUnknowns; ++i) points[i] = {xs[i], ys[i]};
+        for (std::size_t i = 0; i < kUnknowns; ++i) points[i] = {rhs[i], rhs[kUnknowns + i]};
         return points;
     }
 
  private:
-    template <std::size_t kCount>
-    static void Copy(const std::array<double, kCount>& from, CFVectorX<float>& to) {
-        for (std::size_t i = 0; i < kCount; ++i) to[i] = NarrowToFloat(from[i]);
-    }
-
-    std::array<double, kUnknowns * kUnknowns> matrix_{};
+    std::array<double, kUnknowns * kUnknowns> matrix_{};  // on and below the diagonal: it is symmetric
     Weights xs_{}, ys_{};
 };
 
