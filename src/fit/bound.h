@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "base/owner.h"
-#include "fit/pooled.h"
+#include "fit/pool.h"
 #include "fit/segment.h"
 
 class CFOpenBound;
@@ -32,7 +32,7 @@ class CFBound {
 };
 
 /// The points start, start + 1, ... end; on a closed chain past its last point when `start` exceeds `end`.
-class CFOpenBound : public CFBound, public CFPooled<CFOpenBound> {
+class CFOpenBound : public CFBound, public CFPooled {
  public:
     /// @throws int  kBrokenInvariant for an index outside the chain, equal ends, or ends in the wrong order on an open chain
     CFOpenBound(const CFSegment& segment, std::int32_t start, std::int32_t end);
@@ -46,7 +46,7 @@ class CFOpenBound : public CFBound, public CFPooled<CFOpenBound> {
 };
 
 /// A whole closed chain from `start` round to `start`, which counts at both ends.
-class CFClosedBound : public CFBound {
+class CFClosedBound : public CFBound, public CFPooled {
  public:
     /// @throws int  kBrokenInvariant for an open chain or an index outside it
     CFClosedBound(const CFSegment& segment, std::int32_t start);

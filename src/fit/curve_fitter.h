@@ -9,13 +9,13 @@
 #include "fit/curve_equations.h"
 #include "fit/curve_view.h"
 #include "fit/fidelity_check.h"
-#include "fit/pooled.h"
+#include "fit/pool.h"
 #include "fit/tangent_estimator.h"
 
 class CFSplineResult;
 
 /// A fitted curve and the view it was fitted to.
-class CFResult : public CFPooled<CFResult> {
+class CFResult : public CFPooled {
  public:
     CFResult(const CFBezier3& curve, ts::auto_ptr<CF1CurveView> view) : curve_(curve), view_(std::move(view)) {}
 

@@ -4,7 +4,7 @@
 
 #include "base/owner.h"
 #include "fit/constraints.h"
-#include "fit/pooled.h"
+#include "fit/pool.h"
 #include "fit/subdivision_rule.h"
 #include "fit/t_vals.h"
 #include "fit/view.h"
@@ -12,7 +12,7 @@
 
 /// A span of a chain that one cubic is fitted to: its points, their parameters, the conditions at its ends and the way it
 /// is cut when one cubic is not enough. Borrows the chain.
-class CF1CurveView : public CFView, public CFPooled<CF1CurveView> {
+class CF1CurveView : public CFView, public CFPooled {
  public:
     /// @throws int  kFailedCheck without a window or a rule; kBrokenInvariant unless there is one parameter for each point
     CF1CurveView(ts::auto_ptr<CFWindow> window, CFTVals parameters, CF1CurveViewConstraints constraints,

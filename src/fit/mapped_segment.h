@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "fit/segment.h"
 
@@ -23,8 +22,8 @@ class CFSegmentMapping {
  private:
     void MergeLastIntoFirst();
 
-    std::vector<std::int32_t> centres_;   // by step
-    std::vector<std::int32_t> creators_;  // by centre
+    CFPoolVector<std::int32_t> centres_;   // by step
+    CFPoolVector<std::int32_t> creators_;  // by centre
 };
 
 /// The chain of the pixel centres to the right of a closed outline, each pixel once while the outline runs round it.

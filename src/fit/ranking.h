@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
-#include "fit/segment.h"
+#include "fit/pool.h"
 
 /// A corner score for every point of a chain: the total turning in radians around it; 0 is no candidate.
 class CFRanking {
@@ -12,5 +11,5 @@ class CFRanking {
 
     std::int32_t Count() const { return static_cast<std::int32_t>(values.size()); }
 
-    std::vector<float> values;
+    CFPoolVector<float> values;
 };

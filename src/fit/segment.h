@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "base/point.h"
+#include "fit/pool.h"
 
 /// How the points of a chain lie. Any kind but the unit steps is parameterised by chord length.
 enum CFSpacing : std::int32_t {
@@ -76,6 +76,6 @@ class CFSegment {
  private:
     [[noreturn]] static void RefuseIndex();
 
-    std::vector<float> xs_, ys_;
+    CFPoolVector<float> xs_, ys_;
     std::int32_t count_, kind_, type_, tag_;
 };

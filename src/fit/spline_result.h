@@ -8,6 +8,9 @@
 
 /// A junction of fitted curves, or an end of a chain of them.
 struct CFLocation {
+    static void* operator new(std::size_t bytes) { return CFPool::Take(bytes); }
+    static void operator delete(void* block, std::size_t bytes) noexcept { CFPool::GiveBack(block, bytes); }
+
     CFResult* before;  // the curve that ends here, owned by the location it starts at; none at the start of an open chain
     ts::auto_ptr<CFResult> after;  // the curve that starts here; none at the end of an open chain
     std::int32_t index;            // of the chain's point

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "base/owner.h"
-#include "fit/pooled.h"
+#include "fit/pool.h"
 #include "fit/ranking.h"
 #include "fit/tangent_estimator.h"
 
@@ -31,7 +31,7 @@ class CFSubdivRule {
 };
 
 /// Cuts in the middle.
-class CFMidpointRule : public CFSubdivRule {
+class CFMidpointRule : public CFSubdivRule, public CFPooled {
  public:
     CFMidpointRule() : CFSubdivRule(kSubdivMidpoint) {}
     void SplitRule(std::int32_t k, ts::auto_ptr<CFSubdivRule>& first, ts::auto_ptr<CFSubdivRule>& second) const override;
@@ -39,7 +39,7 @@ class CFMidpointRule : public CFSubdivRule {
 };
 
 /// Cuts at the highest corner score inside the span, at the first of several; in the middle when all are 0.
-class CFCRRule : public CFSubdivRule, public CFPooled<CFCRRule> {
+class CFCRRule : public CFSubdivRule, public CFPooled {
  public:
     /// Borrows the chain's ranking.
     explicit CFCRRule(const CFRanking& ranking) : CFSubdivRule(kSubdivCornerRanking), ranking_(&ranking) {}

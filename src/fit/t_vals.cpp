@@ -13,13 +13,13 @@ namespace {
 constexpr std::int32_t kFewestValues = 4;  // a cubic has four control points: fewer different parameters do not fix it
 constexpr float kEmptyRange = 1e-6F;       // a range of parameters no wider cannot be stretched to run from 0 to 1
 
-void SetEven(std::vector<float>& values);
+void SetEven(CFPoolVector<float>& values);
 /// False, with `values` undefined, when all points coincide.
-bool SetChordLengths(std::vector<float>& values, const float* xs, const float* ys);
+bool SetChordLengths(CFPoolVector<float>& values, const float* xs, const float* ys);
 /// True when `values`, which never decrease, are enough to hold different ones but do not.
-bool TooFewDifferent(const std::vector<float>& values);
+bool TooFewDifferent(const CFPoolVector<float>& values);
 /// (values[j] - from) / span, or even values where the span is empty.
-CFTVals Stretch(std::vector<float> values, float from, float span);
+CFTVals Stretch(CFPoolVector<float> values, float from, float span);
 bool RunsFromZeroToOne(const CFTVals& parameters);
 
 }  // namespace
@@ -43,7 +43,7 @@ CFTVals CFTVals::Merge(const CFTVals& first, const CFTVals& second) {
     const float rest = 1.0F - share;
     if (share >= 1.0F) throw kBrokenInvariant;  // more points than floats tell apart
 
-    std::vector<float> values;
+    CFPoolVector<float> values;
     values.reserve(static_cast<std::size_t>(count));
     for (const float t : first.values_) values.push_back(share * t);
     for (std::int32_t j = 1; j < second.Count(); ++j) values.push_back(share + rest * second[j]);
@@ -55,13 +55,13 @@ CFTVals CFTVals::Merge(const CFTVals& first, const CFTVals& second) {
 
 namespace {
 
-void SetEven(std::vector<float>& values) {
+void SetEven(CFPoolVector<float>& values) {
     const auto count = static_cast<std::int32_t>(values.size());
     const float last = static_cast<float>(std::max(count - 1, 1));
     for (std::int32_t j = 0; j < count; ++j) values[static_cast<std::size_t>(j)] = static_cast<float>(j) / last;
 }
 
-bool SetChordLengths(std::vector<float>& values, const float* xs, const float* ys) {
+bool SetChordLengths(CFPoolVector<float>& values, const float* xs, const float* ys) {
     double length = 0.0;  // a float sum of many steps drifts
     values.front() = 0.0F;
     for (std::size_t j = 1; j < values.size(); ++j) {
@@ -75,14 +75,14 @@ bool SetChordLengths(std::vector<float>& values, const float* xs, const float* y
     return true;
 }
 
-bool TooFewDifferent(const std::vector<float>& values) {
+bool TooFewDifferent(const CFPoolVector<float>& values) {
     if (values.size() < kFewestValues) return false;
     std::int32_t different = 1;
     for (std::size_t j = 1; j < values.size() && different < kFewestValues; ++j) different += values[j] > values[j - 1] ? 1 : 0;
     return different < kFewestValues;
 }
 
-CFTVals Stretch(std::vector<float> values, float from, float span) {
+CFTVals Stretch(CFPoolVector<float> values, float from, float span) {
     if (span <= kEmptyRange) {
         SetEven(values);
     } else {

@@ -2,7 +2,8 @@
 
 #include <cstdint>
 #include <utility>
-#include <vector>
+
+#include "fit/pool.h"
 
 /// The curve parameter of every point of a range: from 0 to 1, never decreasing.
 class CFTVals {
@@ -12,7 +13,7 @@ class CFTVals {
     /// give even parameters too.
     CFTVals(const float* xs, const float* ys, std::int32_t count, std::int32_t spacing);
     /// Takes ready values.
-    explicit CFTVals(std::vector<float> values) : values_(std::move(values)) {}
+    explicit CFTVals(CFPoolVector<float> values) : values_(std::move(values)) {}
 
     std::int32_t Count() const { return static_cast<std::int32_t>(values_.size()); }
     float operator[](std::int32_t j) const { return values_[static_cast<std::size_t>(j)]; }
@@ -26,5 +27,5 @@ class CFTVals {
     static CFTVals Merge(const CFTVals& first, const CFTVals& second);
 
  private:
-    std::vector<float> values_;
+    CFPoolVector<float> values_;
 };

@@ -4,10 +4,10 @@
 
 #include "base/owner.h"
 #include "fit/bound.h"
-#include "fit/pooled.h"
+#include "fit/pool.h"
 
 /// The points of one range of a chain, numbered from 0. Borrows the chain, owns the range.
-class CFWindow : public CFPooled<CFWindow> {
+class CFWindow : public CFPooled {
  public:
     /// @throws int  kBrokenInvariant when the range belongs to another chain, the chain has fewer than 2 points, or a closed
     ///              range lies on an open chain

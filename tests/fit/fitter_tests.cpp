@@ -33,7 +33,7 @@ CF1CurveView ViewOf(const CFSegment& chain, CFTangentConstraint start = kCorner,
 CF1CurveView ViewAt(const CFSegment& chain, std::vector<float> ts, CFTangentConstraint start, CFTangentConstraint end) {
     const CF1CurveViewConstraints constraints{CFPointConstraint(chain.Point(0)),
                                               CFPointConstraint(chain.Point(chain.Count() - 1)), start, end};
-    return {Span(chain, 0, chain.Count() - 1), CFTVals(std::move(ts)), constraints, ts::make_auto<CFMidpointRule>()};
+    return {Span(chain, 0, chain.Count() - 1), CFTVals({ts.begin(), ts.end()}), constraints, ts::make_auto<CFMidpointRule>()};
 }
 
 LatticeLine PointsOf(const CFBezier3& curve, std::int32_t count) {
@@ -328,7 +328,7 @@ class NeverNear : public CFFidelityCheck {
 
 std::int32_t CutOf(const CFSegment& chain, ts::auto_ptr<CFBound> bound, const std::vector<float>& scores) {
     CFRanking ranking(static_cast<std::int32_t>(scores.size()));
-    ranking.values = scores;
+    ranking.values.assign(scores.begin(), scores.end());
     const CF1CurveView view(ts::make_auto<CFWindow>(chain, std::move(bound)), kCorner, kCorner, ts::make_auto<CFCRRule>(ranking));
     return view.Rule().SplitIndex(view, FixedTangent(), true);
 }
