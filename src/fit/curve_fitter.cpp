@@ -20,20 +20,21 @@ CF1CurveFitter::CF1CurveFitter(float tolerance, const CFTangentEstimator* estima
     if (estimator == nullptr || check == nullptr) throw kBrokenInvariant;
 }
 
-void CF1CurveFitter::Fit(const CFAnchorSet& anchors, CFSplineResult& result) {
+void CF1CurveFitter::Fit(const CFAnchorSet& anchors, CFSplineResult& result, std::vector<CFSpanFit>& known) {
     const std::list<CFAnchor*>& list = *anchors.anchors;
     if (list.empty()) throw kBrokenInvariant;
-    if (list.size() == 1) return FitView(LoopView(anchors, *list.front()), 0, result);
+    if (list.size() == 1) return FitSpan(LoopView(anchors, *list.front()), known, result);
 
     const bool corners_only = std::all_of(list.begin(), list.end(), [](const CFAnchor* a) { return a->type == kAnchorCorner; });
     if (!corners_only) throw kBrokenInvariant;
     for (auto end = std::next(list.begin()); end != list.end(); ++end) {
-        FitView(SpanView(anchors, (*std::prev(end))->index, (*end)->index), 0, result);
+        FitSpan(SpanView(anchors, (*std::prev(end))->index, (*end)->index), known, result);
     }
-    if (anchors.segment->IsClosed()) FitView(SpanView(anchors, list.back()->index, list.front()->index), 0, result);
+    if (anchors.segment->IsClosed()) FitSpan(SpanView(anchors, list.back()->index, list.front()->index), known, result);
 }
 
 CF1CurveFitter::Attempt CF1CurveFitter::FitOnce(ts::auto_ptr<CF1CurveView> view) {
+    if (view->Window().Count() < 2) throw kBrokenInvariant;
     CFBezier3 curve = FitCurve(*view);
     for (std::int32_t round = 1; round <= kRefinementRounds; ++round) {
         RefineParameters(curve, view->Window(), view->Parameters());
@@ -43,11 +44,29 @@ CF1CurveFitter::Attempt CF1CurveFitter::FitOnce(ts::auto_ptr<CF1CurveView> view)
     return {ts::make_auto<CFResult>(curve, std::move(view)), passed};
 }
 
-void CF1CurveFitter::FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFSplineResult& result) {
-    const std::int32_t count = view->Window().Count();
-    if (count < 2) throw kBrokenInvariant;
+/// `known` is in the order of the chain, so it is searched by halving; a span out of order is not kept.
+void CF1CurveFitter::FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpanFit>& known, CFSplineResult& result) {
+    const std::int32_t start = view->Window().StartIndex(), end = view->Window().EndIndex();
+    const bool smooth = view->Constraints().start_tangent.active;
+    const auto found = std::lower_bound(known.begin(), known.end(), start,
+                                        [](const CFSpanFit& fit, std::int32_t index) { return fit.start < index; });
+    if (found != known.end() && found->start == start && found->end == end && found->smooth == smooth) {
+        view->Parameters() = found->parameters;
+        return AddOrSplit({ts::make_auto<CFResult>(found->curve, std::move(view)), found->passed}, 0, result);
+    }
     Attempt attempt = FitOnce(std::move(view));
-    if (attempt.passed || count == 2 || depth == kDepthLimit - 1) return result.Add(std::move(attempt.result));
+    const CFResult& fitted = *attempt.result;
+    if (found == known.end()) known.push_back({start, end, smooth, attempt.passed, fitted.Curve(), fitted.View().Parameters()});
+    AddOrSplit(std::move(attempt), 0, result);
+}
+
+void CF1CurveFitter::FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFSplineResult& result) {
+    AddOrSplit(FitOnce(std::move(view)), depth, result);
+}
+
+void CF1CurveFitter::AddOrSplit(Attempt attempt, std::int32_t depth, CFSplineResult& result) {
+    const bool is_step = attempt.result->View().Window().Count() == 2;
+    if (attempt.passed || is_step || depth == kDepthLimit - 1) return result.Add(std::move(attempt.result));
 
     ts::auto_ptr<CF1CurveView> first, second;
     SplitView(attempt.result->View(), first, second);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "base/owner.h"
 #include "fit/anchor_set.h"
@@ -33,6 +34,15 @@ class CFResult : public CFPooled {
     ts::auto_ptr<CF1CurveView> view_;
 };
 
+/// The fit of a whole span from one anchor to the next.
+struct CFSpanFit {
+    std::int32_t start, end;  // points of the chain
+    bool smooth;              // the ends follow tangents
+    bool passed;              // the fidelity check
+    CFBezier3 curve;
+    CFTVals parameters;
+};
+
 /// Fits cubics to a chain: one from anchor to anchor where it stays near enough, otherwise more, cut where the view's rule
 /// says. Borrows the estimator and the check. Its working storage is used again, so one fitter serves one thread.
 class CF1CurveFitter {
@@ -47,9 +57,14 @@ class CF1CurveFitter {
     CF1CurveFitter(float tolerance, const CFTangentEstimator* estimator, const CFFidelityCheck* check);
 
     /// Appends the curves of the anchors' chain to `result`, in the order of the chain. The chain and its ranking must outlive
-    /// `result`.
+    /// `result`. `known`: whole spans of the same chain that an earlier call fitted, empty at first. Those it holds are not
+    /// fitted again, others are added to it.
     /// @throws int  kBrokenInvariant without anchors, or when one of several is not a corner
-    void Fit(const CFAnchorSet& anchors, CFSplineResult& result);
+    void Fit(const CFAnchorSet& anchors, CFSplineResult& result, std::vector<CFSpanFit>& known);
+    void Fit(const CFAnchorSet& anchors, CFSplineResult& result) {
+        std::vector<CFSpanFit> none;
+        Fit(anchors, result, none);
+    }
     /// Fits one curve to the whole view, near enough or not.
     Attempt FitOnce(ts::auto_ptr<CF1CurveView> view);
 
@@ -58,7 +73,9 @@ class CF1CurveFitter {
     float Tolerance() const { return tolerance_; }
 
  private:
+    void FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpanFit>& known, CFSplineResult& result);
     void FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFSplineResult& result);
+    void AddOrSplit(Attempt attempt, std::int32_t depth, CFSplineResult& result);
     CFBezier3 FitCurve(const CF1CurveView& view);
     void SplitView(const CF1CurveView& view, ts::auto_ptr<CF1CurveView>& first, ts::auto_ptr<CF1CurveView>& second) const;
     CFTangentConstraint TangentAt(const CFWindow& window, std::int32_t k, bool smooth) const;

@@ -30,26 +30,28 @@ void KVPathGenerator::FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output
     const std::int32_t count = edge.raw.Count();
     if (edge.derived.Count() != count || edge.ranking.Count() != count) throw kBrokenInvariant;
     CFSplineResult first, second;
-    FitFirst(edge, first);
-    FitSecond(edge, first, second);
+    std::vector<CFSpanFit> known;  // many spans between corners are the same in both passes
+    FitFirst(edge, first, known);
+    FitSecond(edge, first, second, known);
     remover_->Remove(second, true);
     output = ts::make_auto<RPPath>(second);
 }
 
-void KVPathGenerator::FitFirst(const FitInput& edge, CFSplineResult& result) {
+void KVPathGenerator::FitFirst(const FitInput& edge, CFSplineResult& result, std::vector<CFSpanFit>& known) {
     CFAnchorSet anchors(edge.raw, edge.ranking);
     const CFWindow window(edge.raw, WholeBound(edge.raw));
     CFLinTest(kFirstCornerAngle, half_width_).TestCandidates(window, HighScores(edge.ranking), anchors);
     fitter_->SetSmoothSplits(false);
-    fitter_->Fit(anchors, result);
+    fitter_->Fit(anchors, result, known);
 }
 
-void KVPathGenerator::FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result) {
+void KVPathGenerator::FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result,
+                                std::vector<CFSpanFit>& known) {
     CFAnchorSet anchors(edge.raw, edge.ranking);  // the tested chain has the same points by number
     const CFWindow window(edge.derived, WholeBound(edge.derived));
     corner_test_->TestCandidates(window, JunctionIndices(first), anchors);
     fitter_->SetSmoothSplits(true);
-    fitter_->Fit(anchors, result);
+    fitter_->Fit(anchors, result, known);
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "base/owner.h"
 #include "fit/corner_test.h"
@@ -34,8 +35,8 @@ class KVPathGenerator {
     void FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output);
 
  private:
-    void FitFirst(const FitInput& edge, CFSplineResult& result);
-    void FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result);
+    void FitFirst(const FitInput& edge, CFSplineResult& result, std::vector<CFSpanFit>& known);
+    void FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result, std::vector<CFSpanFit>& known);
 
     ts::auto_ptr<CF1CurveFitter> fitter_;
     ts::auto_ptr<CFCornerTest> corner_test_;
