@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <numbers>
 #include <optional>
-#include <unsupported/Eigen/FFT>
 
 #include "base/errors.h"
 #include "fit/root_search.h"
@@ -38,30 +36,24 @@ std::optional<int> FirstPositiveStep(const Function& function) {
 
 }  // namespace
 
-/// The Fourier transform; keeps its tables for every length it has met.
-class CFNoiseSmoother::Transform {
- public:
-    Transform() { fft_.SetFlag(Eigen::FFT<double>::Unscaled); }
-    void Forward(std::vector<std::complex<double>>& to, const std::vector<std::complex<double>>& from, std::size_t length) {
-        fft_.fwd(to.data(), from.data(), static_cast<Eigen::Index>(length));
+/// 2 - 2 cos(2a) is 4 sin(a)^2, which keeps its digits at low frequencies.
+CFNoiseSmoother::Tables::Tables(std::size_t length) : transform(length), weights((length / 2 + kLanes - 1) / kLanes * kLanes) {
+    for (std::size_t k = 1; k <= length / 2; ++k) {
+        const double sine = transform.Sine(k);
+        weights[k - 1] = 16.0 * sine * sine * sine * sine;
     }
-
- private:
-    Eigen::FFT<double> fft_;
-};
-
-CFNoiseSmoother::CFNoiseSmoother() : transform_(std::make_unique<Transform>()) {}
-CFNoiseSmoother::~CFNoiseSmoother() = default;
+}
 
 void CFNoiseSmoother::Smooth(const CFSegment& chain) {
     if (chain.Kind() != kSpacingGeneral && chain.Kind() != kSpacingBridged) throw kBrokenInvariant;
     scale_ = 0.0;
     LoadSamples(chain);
     if (length_ == 1) return;  // a single point has no other frequency than 0
-    FillSpectrum();
+    const Tables& tables = TablesOfLength();
+    FillSpectrum(tables);
     const double noise = chain.Kind() == kSpacingBridged ? kNoise / 2.0 : kNoise;
-    scale_ = FindScale(static_cast<double>(count_ - 1) * noise * noise);
-    if (scale_ > 0.0) ApplyScale();
+    scale_ = FindScale(tables, static_cast<double>(count_ - 1) * noise * noise);
+    if (scale_ > 0.0) ApplyScale(tables);
 }
 
 /// Fills the gap between the last and the first point up to the next power of two: evenly along the chord as far as a bridged
@@ -86,10 +78,11 @@ void CFNoiseSmoother::LoadSamples(const CFSegment& chain) {
 }
 
 /// Each coordinate is real, so the powers of x and y at frequencies k and L - k together are those of x + iy at both.
-void CFNoiseSmoother::FillSpectrum() {
+void CFNoiseSmoother::FillSpectrum(const Tables& tables) {
     spectrum_.resize(length_);
-    transform_->Forward(spectrum_, samples_, length_);
-    powers_.assign(Weights().size(), 0.0);
+    spare_.resize(length_);
+    tables.transform.Apply(samples_.data(), spectrum_.data(), spare_.data());
+    powers_.assign(tables.weights.size(), 0.0);
     const double norm = 1.0 / static_cast<double>(length_);
     for (std::size_t k = 1; k <= length_ / 2; ++k) {
         powers_[k - 1] = std::norm(spectrum_[k]) * norm;
@@ -97,33 +90,25 @@ void CFNoiseSmoother::FillSpectrum() {
     }
 }
 
-/// The weights for the current length, zeros added up to a whole number of lanes. 2 - 2 cos(2a) is 4 sin(a)^2, which keeps its
-/// digits at low frequencies.
-const std::vector<double>& CFNoiseSmoother::Weights() {
+const CFNoiseSmoother::Tables& CFNoiseSmoother::TablesOfLength() {
     const auto log = static_cast<std::size_t>(std::countr_zero(length_));
-    if (weights_.size() <= log) weights_.resize(log + 1);
-    std::vector<double>& weights = weights_[log];
-    if (weights.empty()) {
-        weights.resize((length_ / 2 + kLanes - 1) / kLanes * kLanes);
-        for (std::size_t k = 1; k <= length_ / 2; ++k) {
-            const double sine = std::sin(std::numbers::pi * static_cast<double>(k) / static_cast<double>(length_));
-            weights[k - 1] = 16.0 * sine * sine * sine * sine;
-        }
-    }
-    return weights;
+    if (tables_.size() <= log) tables_.resize(log + 1);
+    std::optional<Tables>& tables = tables_[log];
+    if (!tables) tables.emplace(length_);
+    return *tables;
 }
 
 /// The scale at which the samples move by `target` in summed squares, 0 when there is none.
-double CFNoiseSmoother::FindScale(double target) {
-    const auto excess = [&](double scale) { return SquaredDisplacement(scale) - target; };
+double CFNoiseSmoother::FindScale(const Tables& tables, double target) const {
+    const auto excess = [&](double scale) { return SquaredDisplacement(tables, scale) - target; };
     const std::optional<int> steps = FirstPositiveStep(excess);
     if (!steps) return 0.0;
     const double high = *steps * kSearchStep;
     return FindRoot(excess, 0.0, -target, high, excess(high), kScaleTolerance).value_or(0.0);
 }
 
-double CFNoiseSmoother::SquaredDisplacement(double scale) const {
-    const double* weights = weights_[static_cast<std::size_t>(std::countr_zero(length_))].data();
+double CFNoiseSmoother::SquaredDisplacement(const Tables& tables, double scale) const {
+    const double* weights = tables.weights.data();
     const double* powers = powers_.data();
     double sums[kLanes] = {};
     for (std::size_t k = 0; k < powers_.size(); k += kLanes) {
@@ -138,8 +123,8 @@ double CFNoiseSmoother::SquaredDisplacement(double scale) const {
 
 /// Transforms back. With real and imaginary part exchanged, before and after, the forward transform is the inverse one; so one
 /// set of tables does.
-void CFNoiseSmoother::ApplyScale() {
-    const double* weights = weights_[static_cast<std::size_t>(std::countr_zero(length_))].data();
+void CFNoiseSmoother::ApplyScale(const Tables& tables) {
+    const double* weights = tables.weights.data();
     const double norm = 1.0 / static_cast<double>(length_);
     const auto swap = [](std::complex<double> value, double factor) {
         return std::complex<double>{value.imag() * factor, value.real() * factor};
@@ -150,6 +135,6 @@ void CFNoiseSmoother::ApplyScale() {
         spectrum_[k] = swap(spectrum_[k], factor);
         if (k < length_ - k) spectrum_[length_ - k] = swap(spectrum_[length_ - k], factor);
     }
-    transform_->Forward(samples_, spectrum_, length_);
+    tables.transform.Apply(spectrum_.data(), samples_.data(), spare_.data());
     for (std::size_t i = 0; i < count_; ++i) samples_[i] = swap(samples_[i], 1.0);
 }

@@ -3,10 +3,11 @@
 #include <complex>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "fit/fourier_transform.h"
 #include "fit/segment.h"
 
 /// Smooths closed chains just so far that their points move, on average, by the noise of the pixel grid. One smoother serves
@@ -18,9 +19,6 @@
 /// rounding.
 class CFNoiseSmoother {
  public:
-    CFNoiseSmoother();
-    ~CFNoiseSmoother();
-
     /// Smooths `chain`; a chain too close to straight noise for the scale to be found stays as it is.
     /// @throws int  kBrokenInvariant for a spacing other than general and bridged
     void Smooth(const CFSegment& chain);
@@ -30,19 +28,25 @@ class CFNoiseSmoother {
     double Scale() const { return scale_; }  // that was used, 0 when the points stayed as they are
 
  private:
-    class Transform;
+    /// What the chains of one length L share.
+    struct Tables {
+        explicit Tables(std::size_t length);
+
+        CFFourierTransform transform;
+        std::vector<double> weights;  // w_k for k from 1 to L / 2, zeros added up to a whole number of lanes
+    };
 
     void LoadSamples(const CFSegment& chain);
-    void FillSpectrum();
-    const std::vector<double>& Weights();
-    double FindScale(double target);
-    double SquaredDisplacement(double scale) const;
-    void ApplyScale();
+    const Tables& TablesOfLength();
+    void FillSpectrum(const Tables& tables);
+    double FindScale(const Tables& tables, double target) const;
+    double SquaredDisplacement(const Tables& tables, double scale) const;
+    void ApplyScale(const Tables& tables);
 
-    std::unique_ptr<Transform> transform_;
-    std::vector<std::vector<double>> weights_;    // w_k for k from 1 to L / 2, by the logarithm of L
+    std::vector<std::optional<Tables>> tables_;   // by the logarithm of L
     std::vector<std::complex<double>> samples_;   // x + iy
     std::vector<std::complex<double>> spectrum_;  // of the samples
+    std::vector<std::complex<double>> spare_;     // of the transform
     std::vector<double> powers_;                  // of the frequency pairs k and L - k from k = 1, divided by L
     std::size_t count_ = 0;                       // points of the chain
     std::size_t length_ = 0;                      // L, with the padding
