@@ -125,25 +125,26 @@ Lanes FindRoots(const CurvePowers& curve, Lanes x, Lanes y, float reach, Lanes t
     const LaneFlags lo_is_less = size_lo < size_hi;
     const LaneFlags same_sign = ((f_lo > 0.0F) & (f_hi > 0.0F)) | ((f_lo < 0.0F) & (f_hi < 0.0F));
     const LaneFlags at_lo = size_lo < kNoValue, at_hi = size_hi < kNoValue;
-    const Lanes least = Magnitude(f) < (lo_is_less ? size_lo : size_hi) ? t : (lo_is_less ? lo : hi);
+    const LaneFlags t_is_least = Magnitude(f) < Least(size_hi, size_lo);
+    const Lanes least = Select(t_is_least, t, Select(lo_is_less, lo, hi));
     LaneFlags done = same_sign | at_lo | at_hi;
-    t = same_sign ? least : (at_lo ? lo : (at_hi ? hi : t));
+    t = Select(same_sign, least, Select(at_lo, lo, Select(at_hi, hi, t)));
 
-    Lanes negative = f_lo < 0.0F ? lo : hi, positive = f_lo < 0.0F ? hi : lo;
+    Lanes negative = Select(f_lo < 0.0F, lo, hi), positive = Select(f_lo < 0.0F, hi, lo);
     Lanes last_step = hi - lo, step_before = last_step;
     for (int steps = 0; steps < kMostSteps && !AllSet(done); ++steps) {
         if (steps > 0) {
             EvaluateAt(curve, x, y, t, f, df);
-            negative = f < 0.0F ? t : negative;
-            positive = f < 0.0F ? positive : t;
+            negative = Select(f < 0.0F, t, negative);
+            positive = Select(f < 0.0F, positive, t);
         }
         const LaneFlags leaves = ((t - positive) * df - f) * ((t - negative) * df - f) > 0.0F;
         const LaneFlags slow = Magnitude(2.0F * f) > Magnitude(step_before * df);
         const LaneFlags bisect = leaves | slow;
         const Lanes half = 0.5F * (positive - negative), newton = f == 0.0F ? zero : f / df;
         step_before = last_step;
-        last_step = bisect ? half : newton;
-        t = done ? t : (bisect ? negative + half : t - newton);
+        last_step = Select(bisect, half, newton);
+        t = Select(done, t, Select(bisect, negative + half, t - newton));
         done |= Magnitude(last_step) < kShortStep;
     }
     return Least(Greatest(lo, t), hi);

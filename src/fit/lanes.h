@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -31,6 +32,12 @@ inline bool AllSet(LaneFlags flags) {
     return (halves[0] & halves[1]) == ~std::uint64_t{0};
 }
 
-inline Lanes Magnitude(Lanes x) { return x < 0.0F ? -x : x; }
+/// `a` where the flags are set, `b` elsewhere.
+inline Lanes Select(LaneFlags flags, Lanes a, Lanes b) {
+    const auto bits = std::bit_cast<LaneFlags>(b);
+    return std::bit_cast<Lanes>(bits ^ (flags & (bits ^ std::bit_cast<LaneFlags>(a))));
+}
+
+inline Lanes Magnitude(Lanes x) { return std::bit_cast<Lanes>(std::bit_cast<LaneFlags>(x) & 0x7FFFFFFF); }
 inline Lanes Least(Lanes a, Lanes b) { return b < a ? b : a; }
 inline Lanes Greatest(Lanes a, Lanes b) { return a < b ? b : a; }
