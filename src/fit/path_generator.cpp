@@ -29,27 +29,30 @@ KVPathGenerator::KVPathGenerator(float tolerance, float corner_angle, std::int32
 void KVPathGenerator::FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output) {
     const std::int32_t count = edge.raw.Count();
     if (edge.derived.Count() != count || edge.ranking.Count() != count) throw kBrokenInvariant;
-    CFSplineResult first, second;
     std::vector<CFSpanFit> known;  // many spans between corners are the same in both passes
-    FitFirst(edge, first, known);
-    FitSecond(edge, first, second, known);
-    remover_->Remove(second, true);
-    output = ts::make_auto<RPPath>(second);
+    const std::vector<std::int32_t> junctions = FirstJunctions(edge, known);
+    CFSplineResult result;
+    FitSecond(edge, junctions, known, result);
+    remover_->Remove(result, true);
+    output = ts::make_auto<RPPath>(result);
 }
 
-void KVPathGenerator::FitFirst(const FitInput& edge, CFSplineResult& result, std::vector<CFSpanFit>& known) {
+/// The points where the curves of the first pass meet.
+std::vector<std::int32_t> KVPathGenerator::FirstJunctions(const FitInput& edge, std::vector<CFSpanFit>& known) {
     CFAnchorSet anchors(edge.raw, edge.ranking);
     const CFWindow window(edge.raw, WholeBound(edge.raw));
     CFLinTest(kFirstCornerAngle, half_width_).TestCandidates(window, HighScores(edge.ranking), anchors);
     fitter_->SetSmoothSplits(false);
+    CFSplineResult result;
     fitter_->Fit(anchors, result, known);
+    return JunctionIndices(result);
 }
 
-void KVPathGenerator::FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result,
-                                std::vector<CFSpanFit>& known) {
+void KVPathGenerator::FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, std::vector<CFSpanFit>& known,
+                                CFSplineResult& result) {
     CFAnchorSet anchors(edge.raw, edge.ranking);  // the tested chain has the same points by number
     const CFWindow window(edge.derived, WholeBound(edge.derived));
-    corner_test_->TestCandidates(window, JunctionIndices(first), anchors);
+    corner_test_->TestCandidates(window, junctions, anchors);
     fitter_->SetSmoothSplits(true);
     fitter_->Fit(anchors, result, known);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "base/owner.h"
@@ -35,8 +36,9 @@ class KVPathGenerator {
     void FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output);
 
  private:
-    void FitFirst(const FitInput& edge, CFSplineResult& result, std::vector<CFSpanFit>& known);
-    void FitSecond(const FitInput& edge, const CFSplineResult& first, CFSplineResult& result, std::vector<CFSpanFit>& known);
+    std::vector<std::int32_t> FirstJunctions(const FitInput& edge, std::vector<CFSpanFit>& known);
+    void FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, std::vector<CFSpanFit>& known,
+                   CFSplineResult& result);
 
     ts::auto_ptr<CF1CurveFitter> fitter_;
     ts::auto_ptr<CFCornerTest> corner_test_;

@@ -85,20 +85,39 @@ ts::auto_ptr<CFRanking> CFRankingBuilder::Build(const CFMappedSegment& centres) 
     curvatures_.Fill(smoother_.Points());
     scores_.resize(curvatures_.Values().size());
     ScoreExtrema(curvatures_.Values(), scores_);
-    CollectCandidates();
-    for (const Candidate& candidate : candidates_) Place(candidate, centres, *ranking);
+    PlaceAll(centres, *ranking);
     return ranking;
 }
 
-void CFRankingBuilder::CollectCandidates() {
+/// Higher scores choose their points first. Only neighbouring centres have a point to choose in common, so each run of
+/// neighbours is placed by itself. Starts at a centre without a score, so that no run is cut in two.
+void CFRankingBuilder::PlaceAll(const CFMappedSegment& centres, CFRanking& ranking) {
+    const std::size_t count = scores_.size();
+    const auto score = [&](std::size_t i) { return NarrowToFloat(scores_[i]); };
+    const auto add_from_to = [&](std::size_t from, std::size_t to) {
+        for (std::size_t i = from; i < to; ++i) {
+            if (score(i) >= kLowestScore) {
+                candidates_.push_back({score(i), static_cast<std::int32_t>(i)});
+            } else if (!candidates_.empty()) {
+                PlaceCandidates(centres, ranking);
+            }
+        }
+    };
+    std::size_t start = 0;
+    while (start < count && score(start) >= kLowestScore) ++start;
     candidates_.clear();
-    for (std::size_t i = 0; i < scores_.size(); ++i) {
-        const float score = NarrowToFloat(scores_[i]);
-        if (score >= kLowestScore) candidates_.push_back({score, static_cast<std::int32_t>(i)});
-    }
+    add_from_to(start, count);
+    add_from_to(0, start);
+    PlaceCandidates(centres, ranking);
+}
+
+/// Highest score first, of equal ones the first on the chain.
+void CFRankingBuilder::PlaceCandidates(const CFMappedSegment& centres, CFRanking& ranking) {
     std::sort(candidates_.begin(), candidates_.end(), [](const Candidate& a, const Candidate& b) {
         return a.score > b.score || (a.score == b.score && a.centre < b.centre);  // equal exactly: then by place
     });
+    for (const Candidate& candidate : candidates_) Place(candidate, centres, ranking);
+    candidates_.clear();
 }
 
 /// Gives the score to one of the outline's points from the one at which the centre before was first met to the one at which

@@ -28,11 +28,12 @@ class CFRankingBuilder {
         std::int32_t centre;
     };
 
-    void CollectCandidates();
+    void PlaceAll(const CFMappedSegment& centres, CFRanking& ranking);
+    void PlaceCandidates(const CFMappedSegment& centres, CFRanking& ranking);
     void Place(const Candidate& candidate, const CFMappedSegment& centres, CFRanking& ranking) const;
 
     CFNoiseSmoother smoother_;
     CFKVals curvatures_;
     std::vector<double> scores_;         // by centre
-    std::vector<Candidate> candidates_;  // highest score first, of equal ones the first on the chain
+    std::vector<Candidate> candidates_;  // of neighbouring centres
 };
