@@ -70,12 +70,15 @@ CFSegment SubstituteChain(const CFWindow& window) {
     CFSegment chain((count - 1) * pieces + 1, kSpacingUnitSteps, kChainOpen);
     std::array<CFPoint, CF1CurveViewProxy::kEnoughPoints - 1> storage;
     const std::span points = std::span(storage).first(static_cast<std::size_t>(chain.Count()));
-    for (std::int32_t j = 0; j < chain.Count(); ++j) {
-        const std::int32_t step = j / pieces, part = j % pieces;
-        CFPoint point = window.Point(step);
-        if (part > 0) point = point + (window.Point(step + 1) - point) * (static_cast<float>(part) / static_cast<float>(pieces));
-        points[static_cast<std::size_t>(j)] = point;
+    std::size_t filled = 0;
+    for (std::int32_t step = 0; step + 1 < count; ++step) {
+        const CFPoint from = window.Point(step), way = window.Point(step + 1) - from;
+        points[filled++] = from;
+        for (std::int32_t part = 1; part < pieces; ++part) {
+            points[filled++] = from + way * (static_cast<float>(part) / static_cast<float>(pieces));
+        }
     }
+    points[filled] = window.Point(count - 1);
     Smooth(points);
     for (std::int32_t j = 0; j < chain.Count(); ++j) chain.SetPoint(j, points[static_cast<std::size_t>(j)]);
     return chain;

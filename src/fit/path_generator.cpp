@@ -1,7 +1,6 @@
 #include "fit/path_generator.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "base/errors.h"
 #include "fit/spline_result.h"
@@ -11,9 +10,9 @@ namespace {
 constexpr float kCandidateScore = 0.8F;     // radians of turning above which a point may be a corner in the first pass
 constexpr float kFirstCornerAngle = 40.0F;  // degrees
 
-std::vector<std::int32_t> HighScores(const CFRanking& ranking);
+CFPoolVector<std::int32_t> HighScores(const CFRanking& ranking);
 /// In increasing order: the chain of a closed result may start anywhere.
-std::vector<std::int32_t> JunctionIndices(const CFSplineResult& result);
+CFPoolVector<std::int32_t> JunctionIndices(const CFSplineResult& result);
 
 }  // namespace
 
@@ -29,46 +28,45 @@ KVPathGenerator::KVPathGenerator(float tolerance, float corner_angle, std::int32
 void KVPathGenerator::FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output) {
     const std::int32_t count = edge.raw.Count();
     if (edge.derived.Count() != count || edge.ranking.Count() != count) throw kBrokenInvariant;
-    std::vector<CFSpanFit> known;  // many spans between corners are the same in both passes
-    const std::vector<std::int32_t> junctions = FirstJunctions(edge, known);
+    known_.clear();
+    const CFPoolVector<std::int32_t> junctions = FirstJunctions(edge);
     CFSplineResult result;
-    FitSecond(edge, junctions, known, result);
+    FitSecond(edge, junctions, result);
     remover_->Remove(result, true);
     output = ts::make_auto<RPPath>(result);
 }
 
 /// The points where the curves of the first pass meet.
-std::vector<std::int32_t> KVPathGenerator::FirstJunctions(const FitInput& edge, std::vector<CFSpanFit>& known) {
+CFPoolVector<std::int32_t> KVPathGenerator::FirstJunctions(const FitInput& edge) {
     CFAnchorSet anchors(edge.raw, edge.ranking);
     const CFWindow window(edge.raw, WholeBound(edge.raw));
     CFLinTest(kFirstCornerAngle, half_width_).TestCandidates(window, HighScores(edge.ranking), anchors);
     fitter_->SetSmoothSplits(false);
     CFSplineResult result;
-    fitter_->Fit(anchors, result, known);
+    fitter_->Fit(anchors, result, known_);
     return JunctionIndices(result);
 }
 
-void KVPathGenerator::FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, std::vector<CFSpanFit>& known,
-                                CFSplineResult& result) {
+void KVPathGenerator::FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, CFSplineResult& result) {
     CFAnchorSet anchors(edge.raw, edge.ranking);  // the tested chain has the same points by number
     const CFWindow window(edge.derived, WholeBound(edge.derived));
     corner_test_->TestCandidates(window, junctions, anchors);
     fitter_->SetSmoothSplits(true);
-    fitter_->Fit(anchors, result, known);
+    fitter_->Fit(anchors, result, known_);
 }
 
 namespace {
 
-std::vector<std::int32_t> HighScores(const CFRanking& ranking) {
-    std::vector<std::int32_t> indices;
+CFPoolVector<std::int32_t> HighScores(const CFRanking& ranking) {
+    CFPoolVector<std::int32_t> indices;
     for (std::int32_t i = 0; i < ranking.Count(); ++i) {
         if (ranking.values[static_cast<std::size_t>(i)] > kCandidateScore) indices.push_back(i);
     }
     return indices;
 }
 
-std::vector<std::int32_t> JunctionIndices(const CFSplineResult& result) {
-    std::vector<std::int32_t> indices;
+CFPoolVector<std::int32_t> JunctionIndices(const CFSplineResult& result) {
+    CFPoolVector<std::int32_t> indices;
     indices.reserve(result.Locations().size());
     for (const CFLocation* location : result.Locations()) indices.push_back(location->index);
     std::sort(indices.begin(), indices.end());

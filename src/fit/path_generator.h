@@ -36,14 +36,14 @@ class KVPathGenerator {
     void FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output);
 
  private:
-    std::vector<std::int32_t> FirstJunctions(const FitInput& edge, std::vector<CFSpanFit>& known);
-    void FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, std::vector<CFSpanFit>& known,
-                   CFSplineResult& result);
+    CFPoolVector<std::int32_t> FirstJunctions(const FitInput& edge);
+    void FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, CFSplineResult& result);
 
     ts::auto_ptr<CF1CurveFitter> fitter_;
     ts::auto_ptr<CFCornerTest> corner_test_;
     ts::auto_ptr<CFTangentEstimator> estimator_;
     ts::auto_ptr<CFFidelityCheck> check_;
     ts::auto_ptr<CFCurveRemover> remover_;
+    std::vector<CFSpanFit> known_;  // spans between corners that the first pass fitted: many are the same in the second
     std::int32_t half_width_;
 };
