@@ -3,19 +3,19 @@
 #include <algorithm>
 
 #include "base/errors.h"
+#include "fit/lanes.h"
 
 namespace {
 
 constexpr std::int32_t kBlock = 64;  // points compared before asking whether one was too far
 
-bool AllNear(const CFBezier3& curve, const float* xs, const float* ys, const float* ts, std::int32_t count, float squared) {
-    std::int32_t far = 0;
-    for (std::int32_t j = 0; j < count; ++j) {
-        const CFPoint on_curve = curve.At(ts[j]);
-        const float dx = xs[j] - on_curve.x, dy = ys[j] - on_curve.y;
-        far += dx * dx + dy * dy <= squared ? 0 : 1;
-    }
-    return far == 0;
+/// Which of four points lie further from their curve points than the root of `squared`; what is no number does.
+LaneFlags Far(const CFBezier3& curve, Lanes x, Lanes y, Lanes t, float squared) {
+    const Lanes s = 1.0F - t;  // as CFBezier3::At computes
+    const Lanes w0 = s * s * s, w1 = 3.0F * t * s * s, w2 = 3.0F * t * t * s, w3 = t * t * t;
+    const Lanes dx = x - (curve.x[0] * w0 + curve.x[1] * w1 + curve.x[2] * w2 + curve.x[3] * w3);
+    const Lanes dy = y - (curve.y[0] * w0 + curve.y[1] * w1 + curve.y[2] * w2 + curve.y[3] * w3);
+    return ~(dx * dx + dy * dy <= squared);
 }
 
 }  // namespace
@@ -23,9 +23,19 @@ bool AllNear(const CFBezier3& curve, const float* xs, const float* ys, const flo
 bool CFEvalCheck::Check(const CFWindow& window, const CFTVals& parameters, const CFBezier3& curve) const {
     const std::int32_t count = window.Count();
     if (parameters.Count() != count) throw kBrokenInvariant;
-    for (std::int32_t j = 0; j < count; j += kBlock) {
-        const std::int32_t block = std::min(kBlock, count - j);
-        if (!AllNear(curve, window.X() + j, window.Y() + j, parameters.Data() + j, block, squared_distance_)) return false;
+    const float* const xs = window.X();
+    const float* const ys = window.Y();
+    const float* const ts = parameters.Data();
+    const auto far_from = [&](std::int32_t j) { return Far(curve, Load(xs + j), Load(ys + j), Load(ts + j), squared_distance_); };
+    if (count < kLanes) {
+        for (std::int32_t j = 0; j < count; ++j) {
+            if (AnySet(Far(curve, Lanes{} + xs[j], Lanes{} + ys[j], Lanes{} + ts[j], squared_distance_))) return false;
+        }
+        return true;
     }
-    return true;
+    LaneFlags far = far_from(count - kLanes);  // looks at some points twice
+    for (std::int32_t j = 0; j + kLanes < count && !AnySet(far);) {
+        for (const std::int32_t end = std::min(j + kBlock, count - kLanes); j < end; j += kLanes) far |= far_from(j);
+    }
+    return !AnySet(far);
 }

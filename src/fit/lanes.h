@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -17,14 +16,18 @@ inline Lanes Load(const float* values) {
     return lanes;
 }
 
-/// The first `count` lanes from `values`, 0 in the others.
+/// The first `count` lanes, 1 to 3, from `values`, 0 in the others.
 inline Lanes LoadPart(const float* values, std::int32_t count) {
-    float part[kLanes] = {};
-    std::copy_n(values, count, part);
-    return Load(part);
+    return Lanes{values[0], count > 1 ? values[1] : 0.0F, count > 2 ? values[2] : 0.0F, 0.0F};
 }
 
 inline void Store(Lanes lanes, float* values) { std::memcpy(values, &lanes, sizeof lanes); }
+
+inline bool AnySet(LaneFlags flags) {
+    std::uint64_t halves[2];
+    std::memcpy(halves, &flags, sizeof halves);
+    return (halves[0] | halves[1]) != 0;
+}
 
 inline bool AllSet(LaneFlags flags) {
     std::uint64_t halves[2];
