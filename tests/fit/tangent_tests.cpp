@@ -36,7 +36,7 @@ TEST(LinearSolver, SolvesSystemsWorkedByHand) {
         for (std::size_t i = 0; i < solution.size(); ++i) EXPECT_NEAR(found[i], solution[i], 1e-5F);
     };
     expect({2, 1, 1, 3}, {4, 7}, {1, 2});
-    expect({0, 1, 1, 0}, {5, -3}, {-3, 5});                               // the pivot lies below
+    expect({0, 1, 1, 0}, {5, -3, 2, 9}, {-3, 5, 9, 2});                   // the pivot lies below; two right-hand sides
     expect({1, 2, 3, 2, 4, 1, 1, 1, 1}, {10, 9, 4}, {0.2F, 1.6F, 2.2F});  // the second one too
     expect({2, 0, 0, 1, 0, 3, 1, 0, 0, 1, 4, 0, 1, 0, 0, 5}, {6, 9, 14, 21}, {1, 2, 3, 4});
     // A row of large numbers must not win the pivot by its size alone: x would come out as 0.
