@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "base/of_thread.h"
+
 namespace {
 
 constexpr std::size_t kGrain = 32;      // bytes; sizes are rounded up to multiples of it
@@ -26,8 +28,6 @@ struct FreeLists {
     FreeBlock* lists[kLargest / kGrain + 1] = {};
 };
 
-thread_local FreeLists t_free;
-
 constexpr std::size_t GrainsOf(std::size_t bytes) { return (bytes + kGrain - 1) / kGrain; }
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -42,7 +42,7 @@ constexpr bool kKeepsBlocks = true;
 
 void* CFPool::Take(std::size_t bytes) {
     if (!kKeepsBlocks || bytes > kLargest) return ::operator new(bytes);
-    FreeBlock*& first = t_free.lists[GrainsOf(bytes)];
+    FreeBlock*& first = OfThread<FreeLists>().lists[GrainsOf(bytes)];
     if (first == nullptr) return ::operator new(GrainsOf(bytes) * kGrain);
     FreeBlock* block = first;
     first = block->next;
@@ -52,6 +52,6 @@ void* CFPool::Take(std::size_t bytes) {
 
 void CFPool::GiveBack(void* block, std::size_t bytes) noexcept {
     if (!kKeepsBlocks || bytes > kLargest) return ::operator delete(block);
-    FreeBlock*& first = t_free.lists[GrainsOf(bytes)];
+    FreeBlock*& first = OfThread<FreeLists>().lists[GrainsOf(bytes)];
     first = new (block) FreeBlock{first};
 }
