@@ -5,6 +5,7 @@
 #include "refhost/engine/binding.h"
 #include "refhost/image/parallel_iteration.h"
 #include "refhost/services/faults.h"
+#include "refhost/services/reports.h"
 #include "tests/faults/export_calls.h"
 
 using refhost::HostCall;
@@ -17,7 +18,10 @@ constexpr int kStatus = 77;
 
 class Faults : public testing::TestWithParam<support::ExportCall> {
  protected:
-    Outcome Run(const std::function<void()>& arm = [] {}) const { return GetParam().Run(nullptr, arm); }
+    Outcome Run(const std::function<void()>& arm = [] {}) const {
+        refhost::TakeReports();  // a log that is empty grows in every run, not in some
+        return GetParam().Run(nullptr, arm);
+    }
 
     /// Arms the nth fault for n = 1, 2, ... until none strikes; each run, and every so often a clean one after it, goes through
     /// `expect`. Returns how many struck.

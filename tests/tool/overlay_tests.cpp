@@ -129,7 +129,7 @@ TEST_F(OverlayProgram, OverlaysOfSeveralPicturesGoIntoAFolder) {
     refused("trace a.png -o x.svg --overlay x.png --transform 1,0,2,0,0,0", 2, "--transform that can be undone");
     refused("trace a.png -o x.svg --overlay x.png --overlay-scale 2.5", 2, "--overlay-scale: \"2.5\" is not a whole number");
     refused("trace a.png -o x.svg --overlay-scale 2", 2, "--overlay");
-    refused("trace a.png -o x.svg --overlay none/x.png", 1, "vrl: none/x.png: No such file or directory\n");
+    refused("trace a.png -o x.svg --overlay none/x.png", 1, "vrl: none/x.png: there is no such folder\n");
     refused("mask square.svg --size 4x4 -o x.png --overlay x.png", 2, "would both be written to x.png");
     refused("mask square.svg --size 4x4 -o x.png --overlay - --touched", 2, "standard output");
     refused("mask square.svg --size 4x900 -o x.png --overlay y.png --overlay-scale 64", 1,
