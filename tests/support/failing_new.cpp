@@ -16,6 +16,14 @@ namespace {
 std::atomic<bool> g_counting{false};
 std::atomic<std::int64_t> g_held{0}, g_peak{0}, g_limit{0};
 
+std::int64_t BytesOf(void* block) {
+#if defined(_WIN32)
+    return block == nullptr ? 0 : static_cast<std::int64_t>(_msize(block));
+#else
+    return static_cast<std::int64_t>(malloc_usable_size(block));
+#endif
+}
+
 /// False when the block would take the count past the limit.
 bool Count(std::int64_t bytes) {
     const std::int64_t held = g_held += bytes;
@@ -32,12 +40,12 @@ void* Allocate(std::size_t size) noexcept {
     const auto bytes = static_cast<std::int64_t>(std::min(size, std::size_t{1} << 50));
     if (counting && !Count(bytes)) return nullptr;
     void* block = std::malloc(size == 0 ? 1 : size);
-    if (counting) g_held += block == nullptr ? -bytes : static_cast<std::int64_t>(malloc_usable_size(block)) - bytes;
+    if (counting) g_held += block == nullptr ? -bytes : BytesOf(block) - bytes;
     return block;
 }
 
 void Free(void* block) noexcept {
-    if (g_counting.load(std::memory_order_relaxed)) g_held -= static_cast<std::int64_t>(malloc_usable_size(block));
+    if (g_counting.load(std::memory_order_relaxed)) g_held -= BytesOf(block);
     std::free(block);
 }
 
