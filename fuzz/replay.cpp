@@ -11,7 +11,7 @@ int main(int count, char** folders) {
     int files = 0;
     for (int i = 1; i < count; ++i) {
         for (const auto& entry : std::filesystem::directory_iterator(folders[i])) {
-            std::fprintf(stderr, "%s\n", entry.path().filename().c_str());
+            std::fprintf(stderr, "%s\n", entry.path().filename().string().c_str());
             std::ifstream stream(entry.path(), std::ios::binary);
             const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
             LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
