@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <numeric>
 
 #include "base/errors.h"
 #include "base/narrow.h"
@@ -36,6 +36,19 @@ void Iterate(std::int32_t count, Step&& step) {
 
 std::int64_t WidthOf(const M_LRect& rect) { return std::max<std::int64_t>(std::int64_t{rect.right} - rect.left, 0); }
 
+VRLp_PathBounds GrownBy(const VRLp_PathBounds& b, float x, float y) { return {b.left - x, b.top - y, b.right + x, b.bottom + y}; }
+
+// The pixels of `box` inside `b`.
+M_LRect PixelsOf(const VRLp_PathBounds& b, const M_LRect& box) {
+    const auto floor = [](float edge) { return FloorToInt(static_cast<double>(edge)); };
+    const auto ceil = [](float edge) { return CeilToInt(static_cast<double>(edge)); };
+    const std::int32_t right = std::max(box.left, box.right);
+    const std::int32_t bottom = std::max(box.top, box.bottom);
+    const std::int32_t left = std::clamp(floor(b.left), box.left, right);
+    const std::int32_t top = std::clamp(floor(b.top), box.top, bottom);
+    return {left, top, std::clamp(ceil(b.right), left, right), std::clamp(ceil(b.bottom), top, bottom)};
+}
+
 std::vector<M_LRect> BandsOf(const M_LRect& box) {
     const auto height = static_cast<double>(std::int64_t{box.bottom} - box.top);
     const std::int32_t rows = std::max(CeilToInt(static_cast<double>(NarrowToFloat(height) / kBands)), 1);
@@ -66,15 +79,17 @@ void VRLp_PolyVariableFeatherRasterizer<P>::GrowBoundsByFeather() {
     const double across = static_cast<double>(this->pixel_aspect) * radius;
     double extent_x = across;
     double extent_y = radius;
+    double reach_x = std::abs(across);
+    double reach_y = std::abs(radius);
     if (this->transform != nullptr) {
         const auto& m = this->transform->m;
         extent_x = std::abs(m[0][0] * across + m[1][0] * radius);
         extent_y = std::abs(m[0][1] * across + m[1][1] * radius);
+        reach_x = std::abs(m[0][0] * across) + std::abs(m[1][0] * radius);
+        reach_y = std::abs(m[0][1] * across) + std::abs(m[1][1] * radius);
     }
-    const float grow_x = NarrowToFloat(std::ceil(extent_x));
-    const float grow_y = NarrowToFloat(std::ceil(extent_y));
-    VRLp_PathBounds& b = this->bounds;
-    b = {b.left - grow_x, b.top - grow_y, b.right + grow_x, b.bottom + grow_y};
+    ring_bounds = GrownBy(this->bounds, NarrowToFloat(std::ceil(reach_x) + 1.0), NarrowToFloat(std::ceil(reach_y) + 1.0));
+    this->bounds = GrownBy(this->bounds, NarrowToFloat(std::ceil(extent_x)), NarrowToFloat(std::ceil(extent_y)));
     this->SetBoxToBounds();
 }
 
@@ -82,9 +97,9 @@ template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::SetRenderBox(const M_LRect& box) {
     this->render_box = box;
     contours.resize(static_cast<std::size_t>(RingCount()));
+    kept = PixelsOf(ring_bounds, box);
+    accumulator.resize(static_cast<std::size_t>(CheckedCount(WidthOf(kept) * (std::int64_t{kept.bottom} - kept.top))));
     MakeRings();
-    reached = ReachOfRings();
-    accumulator.resize(static_cast<std::size_t>(CheckedCount(WidthOf(reached) * (std::int64_t{reached.bottom} - reached.top))));
     FillBands();
 }
 
@@ -145,27 +160,10 @@ void VRLp_PolyVariableFeatherRasterizer<P>::MakeRing(std::int32_t index, std::in
     contours[static_cast<std::size_t>(index)] = {std::move(ring), result};
 }
 
-// The box may be far wider than the shape, for a wide blur to come: pixels that no ring reaches are not kept.
-template <class P>
-M_LRect VRLp_PolyVariableFeatherRasterizer<P>::ReachOfRings() const {
-    const M_LRect& box = this->render_box;
-    constexpr float kFar = std::numeric_limits<float>::infinity();
-    VRLp_PathBounds reach = {kFar, kFar, -kFar, -kFar};
-    for (const Contour& contour : contours) {
-        if (contour.result == kContourAll) reach = {-kFar, -kFar, kFar, kFar};
-        if (contour.result != kContourPath) continue;
-        for (const auto [x, y] : contour.path.Data().points) {
-            reach = {std::min(reach.left, x), std::min(reach.top, y), std::max(reach.right, x), std::max(reach.bottom, y)};
-        }
-    }
-    const auto column = [&](int x) { return std::clamp(x, box.left, std::max(box.left, box.right)); };
-    const auto row = [&](int y) { return std::clamp(y, box.top, std::max(box.top, box.bottom)); };
-    return {column(FloorToInt(static_cast<double>(reach.left))), row(FloorToInt(static_cast<double>(reach.top))),
-            column(CeilToInt(static_cast<double>(reach.right))), row(CeilToInt(static_cast<double>(reach.bottom)))};
-}
-
 template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::FillBands() {
+    const auto covers_all = [](const Contour& contour) { return contour.result == kContourAll; };
+    everywhere = kFullCoverage * static_cast<float>(std::count_if(contours.begin(), contours.end(), covers_all));
     const std::vector<M_LRect> bands = BandsOf(this->render_box);
     Iterate(static_cast<std::int32_t>(bands.size()), [&](std::int32_t index, std::int32_t thread_index) {
         FillBand(bands[static_cast<std::size_t>(index)], thread_index);
@@ -179,34 +177,29 @@ void VRLp_PolyVariableFeatherRasterizer<P>::FillBand(const M_LRect& band, std::i
     if (thread_index == 0) this->canceler->Check();
     if (WidthOf(band) == 0) return;
     std::vector<P> line(static_cast<std::size_t>(WidthOf(band)));
-    const std::int32_t top = std::max(band.top, reached.top);
-    const std::int32_t bottom = WidthOf(reached) == 0 ? top : std::min(band.bottom, reached.bottom);
     for (const Contour& contour : contours) {
-        if (contour.result == kContourAll) {
-            for (std::int32_t y = top; y < bottom; ++y) *AccumulatorRow(y) += kFullCoverage;
-        } else if (contour.result == kContourPath && !contour.path.IsNull()) {
-            const auto fill = VRLp_FillPainter::OfPath(contour.path.Data(), this->quality, band);
-            for (std::int32_t y = top; y < bottom; ++y) AddRow(fill, band, y, line.data());
-        }
+        if (contour.result != kContourPath || contour.path.IsNull()) continue;
+        const auto fill = VRLp_FillPainter::OfPath(contour.path.Data(), this->quality, band);
+        for (std::int32_t y = band.top; y < band.bottom; ++y) AddRow(fill, band, y, line.data());
     }
-    for (std::int32_t y = top; y < bottom; ++y) {
-        float* row = AccumulatorRow(y);
-        for (std::int64_t x = 1; x < WidthOf(reached); ++x) row[x] += row[x - 1];
+    for (std::int32_t y = band.top; y < band.bottom; ++y) {
+        const std::span<float> row = KeptRow(y);
+        std::partial_sum(row.begin(), row.end(), row.begin());
     }
 }
 
 template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::AddRow(const VRLp_FillPainter& fill, const M_LRect& band, std::int32_t y, P* line) {
-    float* row = AccumulatorRow(y);
-    const std::int64_t width = WidthOf(reached);
-    const std::int64_t margin = std::int64_t{reached.left} - band.left;  // columns of the band before the row
+    const std::span<float> row = KeptRow(y);
+    const auto width = static_cast<std::int64_t>(row.size());
+    const std::int64_t margin = std::int64_t{kept.left} - band.left;  // columns of the band before the row
     const auto add = [&](std::int64_t begin, std::int64_t end, float coverage) {
-        row[begin] += coverage;
-        if (end < width) row[end] -= coverage;
+        row[static_cast<std::size_t>(begin)] += coverage;
+        if (end < width) row[static_cast<std::size_t>(end)] -= coverage;
     };
     const PIVRun* run = fill.Row(y, line);
     for (std::int64_t x = 0; x < width; ++run) {
-        const std::int64_t end = std::min(std::int64_t{run->end} - reached.left, width);
+        const std::int64_t end = std::min(std::int64_t{run->end} - kept.left, width);
         if (end <= x) continue;
         if (run->kind == kPIVRunFull) add(x, end, kFullCoverage);
         if (run->kind == kPIVRunPartial) {
@@ -217,38 +210,38 @@ void VRLp_PolyVariableFeatherRasterizer<P>::AddRow(const VRLp_FillPainter& fill,
     }
 }
 
+// The kept part of row `y`; empty outside.
 template <class P>
-float* VRLp_PolyVariableFeatherRasterizer<P>::AccumulatorRow(std::int32_t y) {
-    return accumulator.data() + (std::int64_t{y} - reached.top) * WidthOf(reached);
+std::span<float> VRLp_PolyVariableFeatherRasterizer<P>::KeptRow(std::int32_t y) {
+    if (y < kept.top || y >= kept.bottom) return {};
+    return {accumulator.data() + (std::int64_t{y} - kept.top) * WidthOf(kept), static_cast<std::size_t>(WidthOf(kept))};
 }
 
 template <class P>
 int VRLp_PolyVariableFeatherRasterizer<P>::RasterizeY(int y, std::uint16_t value, P* line, int* first_x, int* end_x) {
     constexpr auto kMax = static_cast<float>(SampleTraits<P>::kMax);
-    *first_x = this->render_box.right;
-    *end_x = this->render_box.left;
-    std::fill_n(line, WidthOf(this->render_box), P{0});
-    if (y < reached.top || y >= reached.bottom) return this->render_box.right;
+    const M_LRect& box = this->render_box;
     const float full = NarrowToFloat(static_cast<double>(contours.size()) * 255.0);
     const float level = static_cast<float>(static_cast<P>(value)) / kMax;
-    const float* row = AccumulatorRow(y);
-    P* samples = line + (std::int64_t{reached.left} - this->render_box.left);
-    const auto width = static_cast<std::int32_t>(WidthOf(reached));
-    for (std::int32_t column = 0; column < width; ++column) {
-        float t = row[column] / full;
+    const auto sample = [&](float sum) {
+        float t = sum / full;
         if (smooth) t = (3.0F - 2.0F * t) * (t * t);
-        samples[column] = static_cast<P>(t * level * kMax + 0.5F);
-    }
-    const auto lit = [](P sample) { return sample != 0; };
-    const P* end = samples + width;
-    const P* first = std::find_if(static_cast<const P*>(samples), end, lit);
+        return static_cast<P>(t * level * kMax + 0.5F);
+    };
+    std::fill_n(line, WidthOf(box), sample(everywhere));
+    P* kept_sample = line + (std::int64_t{kept.left} - box.left);
+    for (const float sum : KeptRow(y)) *kept_sample++ = sample(everywhere + sum);
+    *first_x = box.right;
+    *end_x = box.left;
+    const P* end = line + WidthOf(box);
+    const P* first = std::find_if(static_cast<const P*>(line), end, [](P s) { return s != 0; });
     if (first != end) {
         const P* last = end - 1;
         while (*last == 0) --last;
-        *first_x = reached.left + static_cast<std::int32_t>(first - samples);
-        *end_x = reached.left + static_cast<std::int32_t>(last - samples);
+        *first_x = box.left + static_cast<std::int32_t>(first - line);
+        *end_x = box.left + static_cast<std::int32_t>(last - line);
     }
-    return this->render_box.right;
+    return box.right;
 }
 
 template class VRLp_PolyVariableFeatherRasterizer<GW_Pixel8>;

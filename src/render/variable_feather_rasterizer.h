@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "host/feather_contour.h"
@@ -40,13 +41,14 @@ class VRLp_PolyVariableFeatherRasterizer : public VRLp_PolyRasterizer<P> {
     void FillBands();
     void FillBand(const M_LRect& band, std::int32_t thread_index);
     void AddRow(const VRLp_FillPainter& fill, const M_LRect& band, std::int32_t y, P* line);  // `line` is lent to the painter
-    M_LRect ReachOfRings() const;
-    float* AccumulatorRow(std::int32_t y);
+    std::span<float> KeptRow(std::int32_t y);
 
     std::vector<Contour> contours;
     bool smooth;
-    M_LRect reached = {};            // the part of the box that rings reach
-    std::vector<float> accumulator;  // one for each of its pixels; 255 for every ring that covers it
+    float everywhere = 0;              // 255 for every ring that covers the whole box
+    VRLp_PathBounds ring_bounds = {};  // no outline of a ring leaves them
+    M_LRect kept = {};                 // the box's pixels in these bounds; for a blur to come, the box may be far wider
+    std::vector<float> accumulator;    // one for each kept pixel: 255 for every other ring that covers it
     DY_FeatherContourMaker contour_maker;
 };
 
