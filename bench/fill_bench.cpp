@@ -21,7 +21,7 @@
 
 #include "refhost/engine/fill_painter.h"
 #include "refhost/engine/flatten.h"
-#include "tests/support/outlines.h"
+#include "tests/support/glyph.h"
 
 namespace {
 
@@ -171,10 +171,10 @@ std::vector<NamedOutline> Outlines(double height) {
     const double y = height / 2;
     return {
         {"circle", support::Circle(x, y, 0.45 * height)},
-        {"blob200", support::Blob(x, y, 0.4 * height, 200, 1)},
+        {"blob200", support::Blob(200, 0.4 * height, 1).Shifted(x, y)},
         {"glyph", support::Glyph(support::kSerifBold, U'&', 0.4 * height, 0.9 * height, height)},
-        {"traced4000", support::TracedShape(x, y, 0.4 * height, 4000, 1)},
-        {"scribble", support::Scribble(0.4 * height, 0, height, 40, 1)},
+        {"traced4000", support::RoughBlob(4000, 0.4 * height, 1).Shifted(x, y)},
+        {"scribble", support::Scribble(40, 0.8 * height, 1).Shifted(0.5 * height, 0.1 * height)},
     };
 }
 

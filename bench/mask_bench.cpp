@@ -31,7 +31,7 @@ void BindOnce() {
 
 // The outline of the fill benchmark as a shape.
 std::unique_ptr<DY_Shape> BlobShape() {
-    const support::Outline blob = support::Blob(kWidth / 2.0, kHeight / 2.0, 0.4 * kHeight, 200, 1);
+    const support::Outline blob = support::Blob(200, 0.4 * kHeight, 1).Shifted(kWidth / 2.0, kHeight / 2.0);
     const auto points = blob.View().points;
     std::vector<WEX_Item> items(points.begin(), points.end());
     while (items.size() % 3 != 0) items.pop_back();  // the end of the closing segment and the close entry

@@ -14,33 +14,33 @@
 #include "refhost/engine/cubic.h"
 #include "refhost/engine/offset.h"
 #include "tests/support/offset_distance.h"
-#include "tests/support/outline_shapes.h"
+#include "tests/support/outlines.h"
 
 namespace {
 
-using outline_shapes::PathBuilder;
+using support::Outline;
 
 struct Case {
     std::string name;
-    PathBuilder path;
+    Outline path;
     double distance;
 };
 
 std::vector<Case> Cases() {
     std::vector<Case> cases;
-    const auto add = [&](const std::string& name, const PathBuilder& path, const std::vector<double>& distances) {
+    const auto add = [&](const std::string& name, const Outline& path, const std::vector<double>& distances) {
         for (const double d : distances)
             cases.push_back(
                 {name + "/" + std::to_string(path.VertexCount()) + "/" + std::to_string(static_cast<int>(d)), path, d});
     };
-    add("letter", outline_shapes::Letter(), {3, -3, 25});
-    add("smooth", outline_shapes::Blob(50, 100, 3), {5, -5, 25, -25});
-    add("smooth", outline_shapes::Blob(200, 200, 5), {5, -5, 25, -25});
-    add("traced", outline_shapes::Traced(100, 13), {5});
-    add("traced", outline_shapes::Traced(1000, 13), {5, -5});
-    add("traced", outline_shapes::Traced(4000, 13), {5, -5, 25, -25, 120, -120});
-    add("traced", outline_shapes::Traced(10000, 13), {5, -5, 25});
-    add("traced", outline_shapes::Traced(100000, 13), {5, -5});
+    add("letter", support::Letter(), {3, -3, 25});
+    add("smooth", support::Blob(50, 100, 3), {5, -5, 25, -25});
+    add("smooth", support::Blob(200, 200, 5), {5, -5, 25, -25});
+    add("traced", support::Traced(100, 13), {5});
+    add("traced", support::Traced(1000, 13), {5, -5});
+    add("traced", support::Traced(4000, 13), {5, -5, 25, -25, 120, -120});
+    add("traced", support::Traced(10000, 13), {5, -5, 25});
+    add("traced", support::Traced(100000, 13), {5, -5});
     return cases;
 }
 
@@ -74,7 +74,7 @@ void OffsetDeviation(benchmark::State& state, const Case& c) {
 constexpr double kTolerance = 0.02;  // pixels
 constexpr double kUnits = 1024;      // of the integer grid, per pixel
 
-ClipperLib::Paths Flattened(const PathBuilder& path) {
+ClipperLib::Paths Flattened(const Outline& path) {
     ClipperLib::Paths out;
     refhost::Point current{};
     const auto at = [&](std::size_t i) {

@@ -8,25 +8,25 @@
 #include <vector>
 
 #include "refhost/engine/offset.h"
-#include "tests/support/outline_shapes.h"
+#include "tests/support/outlines.h"
 
 namespace {
 
-using outline_shapes::PathBuilder;
 using refhost::OffsetJoin;
+using support::Outline;
 
 constexpr double kCell = 460;  // pixels of the drawing per outline, either way
 
 struct Picture {
     const char* title;
-    PathBuilder path;
+    Outline path;
     double left, top, extent;  // what the cell shows
     OffsetJoin join;
     std::vector<double> distances;
 };
 
 std::vector<Picture> Pictures() {
-    using namespace outline_shapes;
+    using namespace support;
     const auto round = OffsetJoin::kRound;
     return {
         {"letter, round", Letter(), -40, -40, 300, round, {3, 10, 25, -3, -8}},
@@ -61,7 +61,7 @@ std::vector<Picture> Pictures() {
     };
 }
 
-void DrawPath(const PathBuilder& path) {
+void DrawPath(const Outline& path) {
     std::printf("<path fill=\"#ccc\" stroke=\"none\" d=\"");
     for (std::size_t i = 0; i < path.points.size(); ++i) {
         const auto at = [&](std::size_t k) {

@@ -14,14 +14,14 @@
 #include "refhost/services/faults.h"
 #include "refhost/shape/feather_points.h"
 #include "tests/support/offset_distance.h"
-#include "tests/support/outline_shapes.h"
+#include "tests/support/outlines.h"
 #include "tests/support/shapes.h"
 
 namespace {
 
-using outline_shapes::PathBuilder;
 using refhost::FeatherPoint;
 using refhost::Point;
+using support::Outline;
 using Radii = std::vector<FeatherPoint>;
 
 constexpr M_FloatRect kEverywhere = {-1e7, -1e7, 1e7, 1e7};
@@ -59,7 +59,7 @@ PathHolder ContourPath(const DY_FeatherContourMaker& maker, double fraction, con
 }
 
 /// The shape of a path with one closed subpath.
-std::unique_ptr<DY_Shape> ShapeOf(const PathBuilder& path, const Radii& radii, bool open = false) {
+std::unique_ptr<DY_Shape> ShapeOf(const Outline& path, const Radii& radii, bool open = false) {
     std::vector<WEX_Item> items;
     for (std::size_t i = 0; i < path.points.size(); ++i) {
         if (path.operators[i] == kPIVLine) items.insert(items.end(), {items.back(), path.points[i]});
@@ -75,38 +75,34 @@ std::unique_ptr<DY_Shape> ShapeOf(const PathBuilder& path, const Radii& radii, b
     return shape;
 }
 
+Outline ScaledX(Outline path, double scale) {
+    for (auto& point : path.points) point.x = static_cast<float>(static_cast<double>(point.x) * scale);
+    return path;
+}
+
 /// A contour in the working space, for questions about what it covers.
 class Contour {
  public:
     Contour(const DY_FeatherContourMaker& maker, double fraction, double scale_x = 1)
         : Contour(ContourPath(maker, fraction).get(), scale_x) {}
-    Contour(const GRXPath* path, double scale_x) : lines_(Lines(path, scale_x)) {}
+    Contour(const GRXPath* path, double scale_x) {
+        if (path != nullptr) lines_ = SegmentField(Chords(ScaledX({path->points, path->operators}, scale_x).View(), 0.001));
+    }
 
     bool Covers(Point p) const { return lines_.Winding(p) != 0; }
     double Distance(Point p) const { return lines_.NearestDistance(p); }
     const std::vector<SegmentField::Segment>& Lines() const { return lines_.Segments(); }
 
  private:
-    static std::vector<SegmentField::Segment> Lines(const GRXPath* path, double scale_x) {
-        std::vector<SegmentField::Segment> lines;
-        Point last = {};
-        for (std::size_t i = 0; path != nullptr && i < path->points.size(); ++i) {
-            const Point p = {static_cast<double>(path->points[i].x) * scale_x, static_cast<double>(path->points[i].y)};
-            if (path->operators[i] != kPIVMove && (p.x != last.x || p.y != last.y)) lines.push_back({last, p});
-            last = p;
-        }
-        return lines;
-    }
-
-    SegmentField lines_;
+    SegmentField lines_{{}};
 };
 
 struct NamedPath {
     std::string name;
-    PathBuilder path;
+    Outline path;
 };
 
-PathBuilder FirstSubpath(PathBuilder path) {
+Outline FirstSubpath(Outline path) {
     for (std::size_t i = 1; i < path.points.size(); ++i) {
         if (path.operators[i] != kPIVMove) continue;
         path.points.resize(i);
@@ -116,8 +112,8 @@ PathBuilder FirstSubpath(PathBuilder path) {
 }
 
 std::vector<NamedPath> Outlines() {
-    using namespace outline_shapes;
-    using outline_shapes::Blob, outline_shapes::Polygon;
+    using namespace support;
+    using support::Blob, support::Polygon;
     return {{"blob", Blob(20, 70, 3)},
             {"blob run backwards", Blob(20, 70, 3).Reversed()},
             {"letter", FirstSubpath(Letter())},
@@ -129,12 +125,7 @@ std::vector<NamedPath> Outlines() {
             {"bow tie", Polygon({{0, 0}, {120, 90}, {120, 0}, {0, 90}})}};
 }
 
-PathBuilder ScaledX(PathBuilder path, double scale) {
-    for (auto& point : path.points) point.x = static_cast<float>(static_cast<double>(point.x) * scale);
-    return path;
-}
-
-std::vector<Point> RandomPoints(const PathBuilder& path, double margin, int count) {
+std::vector<Point> RandomPoints(const Outline& path, double margin, int count) {
     Point low = {1e9, 1e9}, high = {-1e9, -1e9};
     for (const auto& p : path.points) {
         low = {std::min(low.x, static_cast<double>(p.x)), std::min(low.y, static_cast<double>(p.y))};
@@ -156,7 +147,7 @@ TEST(FeatherContour, OneRadiusGivesTheExactOffset) {
     double scale_x = 1;
     for (const auto& [name, path] : Outlines()) {
         scale_x = 1.5 - scale_x;  // 0.5 and 1 in turns
-        const PathBuilder working = ScaledX(path, scale_x);
+        const Outline working = ScaledX(path, scale_x);
         const FilledRegion region(working.View());
         const std::vector<Point> probes = RandomPoints(working, 45, 600);
         for (const auto& [radius, expansion] : {Case{40, 0}, Case{-15, 4}}) {
@@ -188,7 +179,7 @@ TEST(FeatherContour, RadiiChangeEvenlyInArcLengthRoundTheSeam) {
     constexpr double kRadius = 80;
     for (const double scale_x : {1.0, 0.5}) {
         for (const bool backwards : {false, true}) {
-            const PathBuilder circle = outline_shapes::Circle(0, 0, kRadius);
+            const Outline circle = support::Circle(0, 0, kRadius);
             // Angles in quarter turns from the start; the four segments have one each.
             const auto shape =
                 ShapeOf(ScaledX(backwards ? circle.Reversed() : circle, 1 / scale_x), {{3.5, 20}, {0.5, -30}, {2, 10}});
@@ -220,7 +211,7 @@ TEST(FeatherContour, RadiiChangeEvenlyInArcLengthRoundTheSeam) {
 }
 
 TEST(FeatherContour, PolygonsWorkedByHand) {
-    PathBuilder rectangle;  // of curves whose parameter runs evenly
+    Outline rectangle;  // of curves whose parameter runs evenly
     rectangle.Move(0, 0)
         .Curve(60, 0, 120, 0, 180, 0)
         .Curve(180, 30, 180, 60, 180, 90)
@@ -260,7 +251,7 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
         expect_edge(Contour(maker, 1), {diagonal * -0.99, diagonal * -0.99}, {diagonal * -1.01, diagonal * -1.01});
     }
     {  // Open: constant beyond the points, even along the leg that closes it. Two segments, down the right side.
-        const auto shape = ShapeOf(PathBuilder().Move(0, 0).Line(100, 0).Line(100, 100), {{0.5, 20}, {1.5, 40}}, true);
+        const auto shape = ShapeOf(Outline().Move(0, 0).Line(100, 0).Line(100, 100), {{0.5, 20}, {1.5, 40}}, true);
         const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
         const Contour half(maker, 0.5);
         expect_edge(half, {25, -9.99}, {25, -10.01});
@@ -270,7 +261,7 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
     }
     {  // A figure of eight: radii belong to the side they were given on, whichever way that part runs.
         const auto shape =
-            ShapeOf(outline_shapes::Polygon({{0, 0}, {100, 100}, {100, 0}, {0, 100}}), {{1, 10}, {2, 10}, {3, 30}, {4, 30}});
+            ShapeOf(support::Polygon({{0, 0}, {100, 100}, {100, 0}, {0, 100}}), {{1, 10}, {2, 10}, {3, 30}, {4, 30}});
         const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
         const Contour whole(maker, 1);
         expect_edge(whole, {109.9, 50}, {110.1, 50});
@@ -289,7 +280,7 @@ TEST(FeatherContour, TipsOfNeedlesAreRound) {
         for (const bool is_notch : {false, true}) {
             const double foot = is_notch ? 50 : 80;
             const Point start = turned(-foot, -10), end = turned(-foot, 10), handle = turned(-30, 0);
-            PathBuilder path;
+            Outline path;
             path.Move(start.x, start.y)
                 .Curve(handle.x, handle.y, handle.x, handle.y, 0, 0)
                 .Curve(handle.x, handle.y, handle.x, handle.y, end.x, end.y);
@@ -352,9 +343,8 @@ TEST(FeatherContour, ContoursGrowSteadily) {
 }
 
 TEST(FeatherContour, ResultsTellWhatAClipSees) {
-    const auto shape =
-        ShapeOf(outline_shapes::Polygon({{0, 0}, {200, 0}, {200, 100}, {120, 100}, {120, 60}, {80, 60}, {80, 100}, {0, 100}}),
-                {{0.5, 30}});
+    const auto shape = ShapeOf(
+        support::Polygon({{0, 0}, {200, 0}, {200, 100}, {120, 100}, {120, 60}, {80, 60}, {80, 100}, {0, 100}}), {{0.5, 30}});
     const DY_FeatherContourMaker maker(shape.get(), 0.5F, kNeverStops, 0);
     struct Case {
         M_FloatRect clip;  // of the working space: the shape is 100 wide there
@@ -384,7 +374,7 @@ TEST(FeatherContour, ResultsTellWhatAClipSees) {
 }
 
 TEST(FeatherContour, HostileNumbersDoNoHarm) {
-    const PathBuilder square = outline_shapes::Polygon({{0, 0}, {100, 0}, {100, 100}, {0, 100}});
+    const Outline square = support::Polygon({{0, 0}, {100, 0}, {100, 100}, {0, 100}});
     {  // Positions wrap, others are left out: what remains is 10 at the start and 20 halfway round.
         const auto odd =
             ShapeOf(square, {{-4, 10}, {std::numeric_limits<double>::infinity(), 90}, {6, 20}, {1, kNaN}, {2.5, -kInfinity}});
@@ -422,7 +412,7 @@ TEST(FeatherContour, HostileNumbersDoNoHarm) {
 }
 
 TEST(FeatherContour, StopsAndFailuresLeaveNothingBehind) {
-    const auto shape = ShapeOf(outline_shapes::Star(7, 90, 40), {{0, -20}, {3, 20}});
+    const auto shape = ShapeOf(support::Star(7, 90, 40), {{0, -20}, {3, 20}});
     const int paths_before = refhost::LivePathObjects();
     int stops = 0;
     for (int stop_at = 1;; ++stop_at, ++stops) {
@@ -453,7 +443,7 @@ TEST(FeatherContour, StopsAndFailuresLeaveNothingBehind) {
 }
 
 TEST(FeatherContour, ManyThreadsAskAtOnce) {
-    const auto shape = ShapeOf(outline_shapes::Blob(30, 80, 4), {{2, -25}, {9, 30}, {20, 5}});
+    const auto shape = ShapeOf(support::Blob(30, 80, 4), {{2, -25}, {9, 30}, {20, 5}});
     const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
     constexpr int kRings = 24;
     const auto ring = [&](int i) { return ContourPath(maker, static_cast<double>(i) / kRings); };

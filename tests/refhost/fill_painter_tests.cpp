@@ -10,6 +10,7 @@
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/fill_painter.h"
 #include "tests/support/exact_coverage.h"
+#include "tests/support/glyph.h"
 #include "tests/support/outlines.h"
 
 namespace {
@@ -67,9 +68,9 @@ constexpr M_LRect kBox = {-3, -5, 125, 123};
 /// Shapes that stay clear of themselves.
 std::vector<std::pair<std::string, Outline>> SimpleOutlines() {
     std::vector<std::pair<std::string, Outline>> outlines = {
-        {"blob", support::Blob(60.3, 59.1, 44, 24, 7)},
-        {"blob cut by the box", support::Blob(60.3, 59.1, 90, 40, 8)},
-        {"traced", support::TracedShape(59.7, 61.2, 48, 300, 9)},
+        {"blob", support::Blob(24, 44, 7).Shifted(60.3, 59.1)},
+        {"blob cut by the box", support::Blob(40, 90, 8).Shifted(60.3, 59.1)},
+        {"traced", support::RoughBlob(300, 48, 9).Shifted(59.7, 61.2)},
         {"circle", support::Circle(60, 60, 50)},
         {"circle off the grid", support::Circle(61.37, 58.81, 47.6).Reversed()},
         {"circles inside pixels", support::Circle(20.5, 20.5, 0.4)},
@@ -83,14 +84,8 @@ std::vector<std::pair<std::string, Outline>> SimpleOutlines() {
     };
     Outline& dots = outlines[5].second;
     for (int i = 0; i < 40; ++i) dots.Append(support::Circle(5.13 * (i % 20) + 3.2, 3.71 * i + 8.4, 0.07 * i + 0.03));
-    Outline ring = support::Circle(60, 60, 50);
-    ring.Append(support::Circle(62.2, 57.3, 41.3).Reversed());
-    outlines.emplace_back("ring", ring);
-    Outline open;
-    open.Move(20.5, 20.25);
-    open.Line(100.5, 30);
-    open.Line(50.25, 90.75);
-    outlines.emplace_back("open subpath", open);
+    outlines.emplace_back("ring", support::Circle(60, 60, 50).Append(support::Circle(62.2, 57.3, 41.3).Reversed()));
+    outlines.emplace_back("open subpath", Outline().Move(20.5, 20.25).Line(100.5, 30).Line(50.25, 90.75));
     for (const char32_t character : {U'&', U'g', U'@'}) {
         const Outline glyph = support::Glyph(support::kSerifBold, character, 12, 100, 110);
         if (glyph.View().Size() > 0) outlines.emplace_back("glyph", glyph);
@@ -99,18 +94,15 @@ std::vector<std::pair<std::string, Outline>> SimpleOutlines() {
 }
 
 std::vector<std::pair<std::string, Outline>> OverlappingOutlines() {
-    const auto joined = [](Outline a, const Outline& b) {
-        a.Append(b);
-        return a;
-    };
-    const Outline blob = support::Blob(60.3, 59.1, 44, 24, 7);
+    const auto joined = [](Outline a, const Outline& b) { return a.Append(b); };
+    const Outline blob = support::Blob(24, 44, 7).Shifted(60.3, 59.1);
     const Outline left = support::Polygon({{10.4, 10.2}, {70.3, 10.2}, {55.6, 100.7}, {10.4, 100.7}});
     const Outline right = support::Polygon({{70.3, 10.2}, {110.8, 10.2}, {110.8, 100.7}, {55.6, 100.7}});
     return {
-        {"star", support::Star(60.2, 60.7, 55, 5, 2)},
-        {"star of eleven", support::Star(60.2, 60.7, 55, 11, 5)},
-        {"scribble", support::Scribble(0, 0, 120, 40, 3)},
-        {"scribble of few", support::Scribble(0, 0, 120, 9, 4)},
+        {"star", support::StarPolygon(5, 2, 55).Shifted(60.2, 60.7)},
+        {"star of eleven", support::StarPolygon(11, 5, 55).Shifted(60.2, 60.7)},
+        {"scribble", support::Scribble(40, 120, 3)},
+        {"scribble of few", support::Scribble(9, 120, 4)},
         {"doubled", joined(blob, blob)},
         {"doubled and undone", joined(blob, blob.Reversed())},
         {"overlapping", joined(blob, blob.Shifted(13.3, 9.2))},
@@ -130,7 +122,7 @@ Outline WildLoop(double reach, int points, std::mt19937& random) {
         const double x = along(random);
         corners.push_back({x, along(random)});
     }
-    return support::SmoothLoop(corners);
+    return support::Smooth(corners);
 }
 
 /// What the painter's constructor refuses with, null when it does not.
@@ -158,7 +150,7 @@ TEST(FillPainter, BestQualityIsExactWhereThePathOverlapsItself) {
 }
 
 TEST(FillPainter, OverlapsLessThanARowTallAreResolvedOnceAnyIsSeen) {
-    Outline outline = support::Star(50, 70, 40, 5, 2);
+    Outline outline = support::StarPolygon(5, 2, 40).Shifted(50, 70);
     for (const double height : {0.6, 0.8}) outline.Append(support::Polygon({{90, 20.1}, {140, 20.1}, {140, 20.1 + height}}));
     EXPECT_LE(LargestError(Fill(outline, kBox), support::ExactCoverage(outline.View(), kBox)), 2);
 }
@@ -256,16 +248,16 @@ TEST(FillPainter, HugeCoordinatesEndFastAndFillWhatTheyShould) {
     std::mt19937 random(11);
     for (const double reach : {1e3, 1e6, 1e12, 1e30, kHuge / 2})
         for (int round = 0; round < 20; ++round) Fill(WildLoop(reach, 30, random), kBox);
-    Fill(support::Scribble(0, 0, 1e30, 40, 1), kBox, true, {1e30F, 1e-30F, -1e30F, 1e30F, 0, 0});
+    Fill(support::Scribble(40, 1e30, 1), kBox, true, {1e30F, 1e-30F, -1e30F, 1e30F, 0, 0});
     EXPECT_EQ(Refusal(support::Rectangle(0, 0, 1e7, 50).View(), kPIVIdentity, {0, 0, 10000000, 10, 0, 10000000}),
               &refhost::kErrorBadArgument);
 }
 
 TEST(FillPainter, RowsOfVeryManyCrossingsAreSampledFinely) {
     const M_LRect box = {0, 0, 16, 16};
-    const Outline star = support::Star(8, 8, 7, 501, 250);
+    const Outline star = support::StarPolygon(501, 250, 7).Shifted(8, 8);
     EXPECT_LE(LargestError(Fill(star, box), support::ExactCoverage(star.View(), box)), 6);
-    const std::vector<std::uint8_t> dense = Fill(support::Star(8, 8, 7, 20001, 9001), box);
+    const std::vector<std::uint8_t> dense = Fill(support::StarPolygon(20001, 9001, 7).Shifted(8, 8), box);
     EXPECT_EQ(dense[8 * 16 + 8], 255);
 }
 

@@ -7,17 +7,16 @@
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/offset.h"
 #include "tests/support/offset_distance.h"
-#include "tests/support/outline_shapes.h"
+#include "tests/support/outlines.h"
 
 namespace refhost {
 namespace {
 
-using namespace outline_shapes;
+using namespace support;
+using support::Outline;
 constexpr auto kRound = OffsetJoin::kRound;
 
-std::vector<CurveContour> Round(const PathBuilder& path, double distance) {
-    return OffsetOutline(path.View(), distance, kRound, 1);
-}
+std::vector<CurveContour> Round(const Outline& path, double distance) { return OffsetOutline(path.View(), distance, kRound, 1); }
 
 std::size_t VertexCount(const std::vector<CurveContour>& contours) {
     std::size_t count = 0;
@@ -31,21 +30,21 @@ double Area(const std::vector<CurveContour>& contours) {
     return 0.5 * doubled;
 }
 
-PathBuilder Square(double left, double top, double side) {
+Outline Square(double left, double top, double side) {
     return Polygon({{left, top}, {left + side, top}, {left + side, top + side}, {left, top + side}});
 }
 
 TEST(Offset, StaysWithinTwoHundredthsOfTheTrueOffset) {
-    const std::vector<std::pair<const char*, PathBuilder>> shapes = {{"circle", Circle(100, 100, 80)},
-                                                                     {"rounded rectangle", RoundedRectangle(0, 0, 200, 100, 20)},
-                                                                     {"letter", Letter()},
-                                                                     {"letter reversed", Letter().Reversed()},
-                                                                     {"blob", Blob(50, 100, 3)},
-                                                                     {"star", Star(12, 100, 20)},
-                                                                     {"spikes", Star(40, 150, 140)},
-                                                                     {"cusps", CuspsAndLoops()},
-                                                                     {"scribble", Scribble(40, 200, 7)},
-                                                                     {"traced", Traced(400, 9)}};
+    const std::vector<std::pair<const char*, Outline>> shapes = {{"circle", Circle(100, 100, 80)},
+                                                                 {"rounded rectangle", RoundedRectangle(0, 0, 200, 100, 20)},
+                                                                 {"letter", Letter()},
+                                                                 {"letter reversed", Letter().Reversed()},
+                                                                 {"blob", Blob(50, 100, 3)},
+                                                                 {"star", Star(12, 100, 20)},
+                                                                 {"spikes", Star(40, 150, 140)},
+                                                                 {"cusps", CuspsAndLoops()},
+                                                                 {"scribble", Scribble(40, 200, 7)},
+                                                                 {"traced", Traced(400, 9)}};
     for (const auto& [name, path] : shapes) {
         for (const double distance : {0.01, 3.0, 25.0, 300.0, -0.3, -3.0, -25.0}) {
             const OffsetErrors errors = MeasureOffset(path.View(), distance, Round(path, distance));
@@ -59,7 +58,7 @@ TEST(Offset, StaysWithinTwoHundredthsOfTheTrueOffset) {
 // The speed of a parallel is almost nothing beside its cusps: crossings there were once put where an even speed would have had
 // them.
 TEST(Offset, CrossingsBesideCuspsAreInPlace) {
-    const PathBuilder path = Traced(1000, 13);
+    const Outline path = Traced(1000, 13);
     EXPECT_LE(MeasureOffset(path.View(), 5, Round(path, 5)).stray, 0.02);
 }
 
@@ -70,7 +69,7 @@ TEST(Offset, RandomPathsAreRightExceptForWedgesWithoutWidth) {
     unsigned inexact = 0;
     for (unsigned seed = 0; seed < kPaths; ++seed) {
         std::mt19937 random(seed);
-        const PathBuilder path = RandomPath(random);
+        const Outline path = RandomPath(random);
         const double size = std::exp(std::uniform_real_distribution<double>(std::log(0.01), std::log(120.0))(random));
         const double distance = random() % 2 == 0 ? size : -size;
         const OffsetErrors errors = MeasureOffset(path.View(), distance, Round(path, distance));
@@ -82,7 +81,7 @@ TEST(Offset, RandomPathsAreRightExceptForWedgesWithoutWidth) {
 TEST(Offset, TenThousandRandomPathsNeverOverlapThemselves) {
     for (unsigned seed = 0; seed < 10000; ++seed) {
         std::mt19937 random(seed);
-        const PathBuilder path = RandomPath(random);
+        const Outline path = RandomPath(random);
         const double size = std::exp(std::uniform_real_distribution<double>(std::log(0.01), std::log(300.0))(random));
         const double distance = random() % 2 == 0 ? size : -size;
         const auto join = static_cast<OffsetJoin>(random() % 3);
@@ -101,7 +100,7 @@ TEST(Offset, SmoothOutlinesKeepFewVertices) {
 }
 
 TEST(Offset, JoinsOfASquareHaveTheAreasOfGeometry) {
-    const PathBuilder square = Square(10, 20, 100);
+    const Outline square = Square(10, 20, 100);
     const auto area = [&](double distance, OffsetJoin join, double limit) {
         return Area(OffsetOutline(square.View(), distance, join, limit));
     };
@@ -118,7 +117,7 @@ TEST(Offset, JoinsOfASquareHaveTheAreasOfGeometry) {
 
 // Corners turned inwards are the ones that shrinking has to join.
 TEST(Offset, JoinsApplyToInwardCornersWhenShrinking) {
-    const PathBuilder frame = Square(0, 0, 100).Append(Square(30, 30, 40).Reversed());
+    const Outline frame = Square(0, 0, 100).Append(Square(30, 30, 40).Reversed());
     const double outer = 90 * 90;
     EXPECT_NEAR(Area(OffsetOutline(frame.View(), -5, OffsetJoin::kMiter, 4)), outer - 50 * 50, 0.1);
     EXPECT_NEAR(Area(OffsetOutline(frame.View(), -5, OffsetJoin::kBevel, 4)), outer - (50 * 50 - 4 * 12.5), 0.1);
@@ -128,11 +127,11 @@ TEST(Offset, JoinsApplyToInwardCornersWhenShrinking) {
 }
 
 TEST(Offset, SplitsAtNecksAndCountsNestedContours) {
-    const PathBuilder dumbbell = Polygon(
+    const Outline dumbbell = Polygon(
         {{0, 0}, {40, 0}, {40, 18}, {60, 18}, {60, 0}, {100, 0}, {100, 40}, {60, 40}, {60, 22}, {40, 22}, {40, 40}, {0, 40}});
     EXPECT_EQ(Round(dumbbell, -1).size(), 1U);
     EXPECT_EQ(Round(dumbbell, -3).size(), 2U);
-    const PathBuilder nested = Square(0, 0, 100).Append(Square(20, 20, 60).Reversed()).Append(Square(40, 40, 20));
+    const Outline nested = Square(0, 0, 100).Append(Square(20, 20, 60).Reversed()).Append(Square(40, 40, 20));
     for (const double distance : {0.0, 3.0, -3.0}) {
         const std::vector<CurveContour> result = Round(nested, distance);
         ASSERT_EQ(result.size(), 3U);
@@ -145,9 +144,9 @@ TEST(Offset, SplitsAtNecksAndCountsNestedContours) {
 // Shrinking undoes growing except that bays closed on the way stay closed: never less than the region, never more than its
 // closing.
 TEST(Offset, GrowingThenShrinkingLosesNoArea) {
-    for (const PathBuilder& path : {Letter(), Star(12, 100, 20), Blob(50, 100, 3)}) {
+    for (const Outline& path : {Letter(), Star(12, 100, 20), Blob(50, 100, 3)}) {
         const double before = Area(Round(path, 0));
-        PathBuilder grown;
+        Outline grown;
         for (const CurveContour& contour : Round(path, 6)) {
             grown.Move(contour.start.x, contour.start.y);
             for (const CurveSegment& s : contour.segments)
@@ -165,7 +164,7 @@ TEST(Offset, GrowingThenShrinkingLosesNoArea) {
 }
 
 TEST(Offset, OpenSubpathsAreClosedAndDirectionDoesNotMatter) {
-    PathBuilder open;
+    Outline open;
     open.Move(0, 0).Line(100, 0).Line(100, 100).Line(0, 100);
     EXPECT_NEAR(Area(OffsetOutline(open.View(), 10, OffsetJoin::kMiter, 4)), 14400, 0.1);
     EXPECT_NEAR(Area(OffsetOutline(Square(0, 0, 100).Reversed().View(), 10, OffsetJoin::kMiter, 4)), 14400, 0.1);
@@ -173,17 +172,17 @@ TEST(Offset, OpenSubpathsAreClosedAndDirectionDoesNotMatter) {
 }
 
 TEST(Offset, RegionsWithoutAreaGrowToNothing) {
-    PathBuilder point, twice, line, hairpin;
+    Outline point, twice, line, hairpin;
     point.Move(5, 5);
     twice.Move(5, 5).Line(5, 5).Curve(5, 5, 5, 5, 5, 5).Close();
     line.Move(0, 0).Line(50, 20).Close();
     hairpin.Move(0, 0).Curve(30, 0, 60, 0, 90, 0).Line(45, 0).Close();
-    for (const PathBuilder& path : {PathBuilder(), point, twice, line, hairpin}) {
+    for (const Outline& path : {Outline(), point, twice, line, hairpin}) {
         for (const double distance : {-2.0, 0.0, 2.0}) EXPECT_TRUE(Round(path, distance).empty());
     }
 }
 
-const NUBErrorObject* ErrorOf(const PathBuilder& path, double distance, double miter_limit = 4) {
+const NUBErrorObject* ErrorOf(const Outline& path, double distance, double miter_limit = 4) {
     try {
         OffsetOutline(path.View(), distance, OffsetJoin::kMiter, miter_limit);
     } catch (const EngineError& error) {
@@ -195,7 +194,7 @@ const NUBErrorObject* ErrorOf(const PathBuilder& path, double distance, double m
 TEST(Offset, HostileInputEndsInAClearError) {
     constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInf = std::numeric_limits<double>::infinity();
-    const PathBuilder square = Square(0, 0, 10);
+    const Outline square = Square(0, 0, 10);
     for (const double bad : {kNan, kInf, -kInf}) {
         EXPECT_EQ(ErrorOf(Polygon({{0, 0}, {bad, 0}, {5, 5}}), 1), &kErrorNotFinite);
         EXPECT_EQ(ErrorOf(square, bad), &kErrorNotFinite);
@@ -205,14 +204,14 @@ TEST(Offset, HostileInputEndsInAClearError) {
     EXPECT_EQ(ErrorOf(square, 1e30), &kErrorBadArgument);
     EXPECT_EQ(ErrorOf(square, 1, 1e300), nullptr);
 
-    PathBuilder headless, cut_short, mixed;
+    Outline headless, cut_short, mixed;
     headless.Line(1, 1);
     cut_short.Move(0, 0).Curve(1, 1, 2, 2, 3, 3);
     cut_short.points.pop_back();
     cut_short.operators.pop_back();
     mixed.Move(0, 0).Curve(1, 1, 2, 2, 3, 3);
     mixed.operators[2] = kPIVLine;
-    for (const PathBuilder& path : {headless, cut_short, mixed}) EXPECT_EQ(ErrorOf(path, 1), &kErrorBadPath);
+    for (const Outline& path : {headless, cut_short, mixed}) EXPECT_EQ(ErrorOf(path, 1), &kErrorBadPath);
 }
 
 // The grid follows the size of the drawing: precision falls with it, shape and scale do not.
@@ -229,7 +228,7 @@ TEST(Offset, HugeAndFarAwayOutlinesKeepTheirShape) {
 
 // One corner a million pixels away must not make a fine outline slow or coarse beyond its share.
 TEST(Offset, AFarCornerDoesNotHang) {
-    PathBuilder path = Traced(3000, 2);
+    Outline path = Traced(3000, 2);
     path.Append(Polygon({{900000, 900000}, {900010, 900000}, {900000, 900010}}));
     EXPECT_GE(VertexCount(Round(path, 3)), 500U);
 }

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "tests/support/offset_distance.h"
+
 namespace support {
 namespace {
 
@@ -19,49 +21,12 @@ struct Edge {
     double XAt(double y) const { return top.x + (y - top.y) / (bottom.y - top.y) * (bottom.x - top.x); }
 };
 
-void AddEdge(Point from, Point to, std::vector<Edge>& edges) {
-    if (from.y < to.y) edges.push_back({from, to, 1});
-    if (from.y > to.y) edges.push_back({to, from, -1});
-}
-
-Point OnCurve(const Point (&p)[4], double t) {
-    const double s = 1 - t;
-    const double weights[4] = {s * s * s, 3 * s * s * t, 3 * s * t * t, t * t * t};
-    Point sum{};
-    for (int i = 0; i < 4; ++i) sum = {sum.x + weights[i] * p[i].x, sum.y + weights[i] * p[i].y};
-    return sum;
-}
-
-void AddCurve(const Point (&p)[4], std::vector<Edge>& edges) {
-    double bend = 0;
-    for (int i = 0; i < 2; ++i)
-        bend = std::max(bend, std::hypot(p[i].x - 2 * p[i + 1].x + p[i + 2].x, p[i].y - 2 * p[i + 1].y + p[i + 2].y));
-    const int count = static_cast<int>(std::ceil(std::sqrt(bend / kTolerance))) + 1;
-    Point from = p[0];
-    for (int i = 1; i <= count; ++i) {
-        const Point to = i == count ? p[3] : OnCurve(p, static_cast<double>(i) / count);
-        AddEdge(from, to, edges);
-        from = to;
-    }
-}
-
 std::vector<Edge> EdgesOf(const refhost::PathView& path) {
-    const auto point = [&](std::size_t i) { return refhost::Map(kPIVIdentity, path.points[i]); };
     std::vector<Edge> edges;
-    Point first{};
-    Point current{};
-    for (std::size_t i = 0; i < path.Size(); ++i) {
-        const PIVPointType operation = path.operators[i];
-        if (operation == kPIVLine) AddEdge(current, point(i), edges);
-        if (operation == kPIVMove || operation == kPIVClose) AddEdge(current, first, edges);
-        if (operation == kPIVCurve) {
-            AddCurve({current, point(i), point(i + 1), point(i + 2)}, edges);
-            i += 2;
-        }
-        current = operation == kPIVClose ? first : point(i);
-        if (operation == kPIVMove) first = current;
+    for (const auto& [from, to] : Chords(path, kTolerance)) {
+        if (from.y < to.y) edges.push_back({from, to, 1});
+        if (from.y > to.y) edges.push_back({to, from, -1});
     }
-    AddEdge(current, first, edges);
     return edges;
 }
 

@@ -45,35 +45,9 @@ void AppendChords(Point a, Point b, Point c, Point d, double tolerance, std::vec
     }
 }
 
-std::vector<Segment> SourceChords(const PathView& path) {
-    std::vector<Segment> out;
-    Point start{}, current{};
-    const auto at = [&](std::size_t i) {
-        return Point{static_cast<double>(path.points[i].x), static_cast<double>(path.points[i].y)};
-    };
-    for (std::size_t i = 0; i < path.Size(); ++i) {
-        switch (path.operators[i]) {
-            case kPIVMove:
-                out.push_back({current, start});
-                start = current = at(i);
-                break;
-            case kPIVLine:
-                out.push_back({current, at(i)});
-                current = at(i);
-                break;
-            case kPIVCurve:
-                AppendChords(current, at(i), at(i + 1), at(i + 2), kSourceTolerance, out);
-                current = at(i += 2);
-                break;
-            case kPIVClose:
-                out.push_back({current, start});
-                current = start;
-                break;
-        }
-    }
-    out.push_back({current, start});
-    std::erase_if(out, [](const Segment& s) { return s.from.x == s.to.x && s.from.y == s.to.y; });
-    return out;
+std::vector<Segment> WithoutPoints(std::vector<Segment> segments) {
+    std::erase_if(segments, [](const Segment& s) { return s.from == s.to; });
+    return segments;
 }
 
 /// Cuts every segment where another one touches it and keeps the parts with inside on exactly one side, inside on their left.
@@ -207,7 +181,7 @@ const std::vector<std::uint32_t>& SegmentField::Bucket(int column, int row) cons
     return buckets_[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(column)];
 }
 
-FilledRegion::FilledRegion(const PathView& path) : outline_(SourceChords(path)), boundary_(BoundaryOf(outline_)) {}
+FilledRegion::FilledRegion(const PathView& path) : outline_(Chords(path, kSourceTolerance)), boundary_(BoundaryOf(outline_)) {}
 
 double FilledRegion::SignedDistance(Point p) const {
     const double distance = boundary_.NearestDistance(p);
@@ -305,6 +279,36 @@ OffsetErrors MeasureOffset(const PathView& source, double distance, const std::v
     return errors;
 }
 
+std::vector<Segment> Chords(const PathView& path, double tolerance) {
+    std::vector<Segment> out;
+    Point start{}, current{};
+    const auto at = [&](std::size_t i) {
+        return Point{static_cast<double>(path.points[i].x), static_cast<double>(path.points[i].y)};
+    };
+    for (std::size_t i = 0; i < path.Size(); ++i) {
+        switch (path.operators[i]) {
+            case kPIVMove:
+                out.push_back({current, start});
+                start = current = at(i);
+                break;
+            case kPIVLine:
+                out.push_back({current, at(i)});
+                current = at(i);
+                break;
+            case kPIVCurve:
+                AppendChords(current, at(i), at(i + 1), at(i + 2), tolerance, out);
+                current = at(i += 2);
+                break;
+            case kPIVClose:
+                out.push_back({current, start});
+                current = start;
+                break;
+        }
+    }
+    out.push_back({current, start});
+    return WithoutPoints(std::move(out));
+}
+
 std::vector<Segment> Chords(const std::vector<CurveContour>& contours, double tolerance) {
     std::vector<Segment> out;
     for (const CurveContour& contour : contours) {
@@ -314,6 +318,5 @@ std::vector<Segment> Chords(const std::vector<CurveContour>& contours, double to
             current = s.end;
         }
     }
-    std::erase_if(out, [](const Segment& s) { return s.from.x == s.to.x && s.from.y == s.to.y; });
-    return out;
+    return WithoutPoints(std::move(out));
 }

@@ -72,5 +72,6 @@ int CountOverlaps(const std::vector<refhost::CurveContour>& contours);
 
 OffsetErrors MeasureOffset(const refhost::PathView& source, double distance, const std::vector<refhost::CurveContour>& result);
 
-/// Chords of contours within `tolerance` pixels.
+/// Chords of a path, whose open subpaths are closed, or of contours, within `tolerance` pixels.
+std::vector<SegmentField::Segment> Chords(const refhost::PathView& path, double tolerance);
 std::vector<SegmentField::Segment> Chords(const std::vector<refhost::CurveContour>& contours, double tolerance);

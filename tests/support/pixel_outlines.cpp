@@ -1,8 +1,5 @@
 #include "tests/support/pixel_outlines.h"
 
-#include <ft2build.h>
-#include FT_FREETYPE_H
-
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -108,28 +105,6 @@ LatticeLine NoisyOutline(int size, std::uint32_t seed) {
     }
     const auto outlines = OutlinesOf(bits);
     return *std::max_element(outlines.begin(), outlines.end(), [](auto& a, auto& b) { return a.size() < b.size(); });
-}
-
-Bits GlyphBits(const char* font_file, char32_t character, unsigned size) {
-    FT_Library library = nullptr;
-    FT_Face face = nullptr;
-    Bits bits(0, 0);
-    if (FT_Init_FreeType(&library) != 0) return bits;
-    if (FT_New_Face(library, font_file, 0, &face) == 0) {
-        FT_Set_Pixel_Sizes(face, size, size);
-        if (FT_Load_Char(face, character, FT_LOAD_RENDER | FT_LOAD_TARGET_MONO | FT_LOAD_NO_HINTING) == 0) {
-            const FT_Bitmap& bitmap = face->glyph->bitmap;
-            bits = Bits(static_cast<int>(bitmap.width), static_cast<int>(bitmap.rows));
-            for (int y = 0; y < bits.height; ++y) {
-                for (int x = 0; x < bits.width; ++x) {
-                    if ((bitmap.buffer[y * bitmap.pitch + x / 8] >> (7 - x % 8) & 1) != 0) bits.Set(x, y);
-                }
-            }
-        }
-        FT_Done_Face(face);
-    }
-    FT_Done_FreeType(library);
-    return bits;
 }
 
 CFSegment ChainOf(const LatticeLine& points, std::int32_t spacing, std::int32_t type) {

@@ -36,8 +36,6 @@ LatticeLine SmoothOutline(int points, std::uint32_t seed);
 LatticeLine Disc(double radius);
 /// A random walk away and back: full of corners.
 LatticeLine NoisyOutline(int size, std::uint32_t seed);
-/// A character rendered without grey, `size` pixels to the em; empty when the font is not installed.
-Bits GlyphBits(const char* font_file, char32_t character, unsigned size);
 
 CFSegment ChainOf(const LatticeLine& points, std::int32_t spacing, std::int32_t type);
 
