@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <stdexcept>
 #include <vector>
 
 #include "base/errors.h"
@@ -11,17 +10,12 @@
 #include "fit/spline_result.h"
 #include "fuzz/byte_reader.h"
 #include "fuzz/require.h"
+#include "tests/support/pixel_outlines.h"
 
 namespace fuzz {
 namespace {
 
 constexpr int kMostPoints = 120;
-
-CFSegment ChainOf(const std::vector<CFPoint>& points, std::int32_t spacing, std::int32_t type) {
-    CFSegment chain(static_cast<std::int32_t>(points.size()), spacing, type);
-    for (std::int32_t i = 0; i < chain.Count(); ++i) chain.SetPoint(i, points[static_cast<std::size_t>(i)]);
-    return chain;
-}
 
 /// A closed walk of unit steps: there by the bytes' steps, back to the start by a mirrored order of the opposite ones.
 std::vector<CFPoint> ReadWalk(ByteReader& in) {
@@ -61,7 +55,7 @@ struct Settings {
 };
 
 void FitOutline(ByteReader& in, const Settings& settings) {
-    const CFSegment raw = ChainOf(ReadWalk(in), kSpacingUnitSteps, kChainClosed);
+    const CFSegment raw = support::ChainOf(ReadWalk(in), kSpacingUnitSteps, kChainClosed);
     CFPreparedChain prepared;
     const CFOutlineEdge edge = {&raw, in.Flag(), &prepared};
     CFOutlinePreparer().Prepare({&edge, 1});
@@ -75,7 +69,7 @@ void FitPoints(ByteReader& in, const Settings& settings) {
     const std::int32_t spacing = in.Flag() ? kSpacingGeneral : kSpacingDerived;
     const std::int32_t type = in.Between(kChainOpen, kChainClosed);
     const bool quadratic = in.Flag();
-    const CFSegment chain = ChainOf(ReadPoints(in), spacing, type);
+    const CFSegment chain = support::ChainOf(ReadPoints(in), spacing, type);
     CFRanking ranking(chain.Count());
     for (float& score : ranking.values) score = static_cast<float>(in.Number(0, 6));
     CFAnchorSet anchors(chain, ranking);

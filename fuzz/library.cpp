@@ -8,11 +8,10 @@
 #include "refhost/services/memory.h"
 #include "refhost/services/reports.h"
 #include "refhost/shape/feather_points.h"
+#include "tests/support/shapes.h"
 
 namespace fuzz {
 namespace {
-
-constexpr std::int32_t kComponents = 4;
 
 struct BoundLibrary {
     BoundLibrary() {
@@ -70,12 +69,6 @@ std::unique_ptr<DY_Shape> ReadShape(ByteReader& in) {
     return shape;
 }
 
-std::vector<WEX_Item> ItemsOf(const DY_Shape& shape) {
-    std::vector<WEX_Item> items(static_cast<std::size_t>((*shape.GetPoints())->count));
-    for (std::size_t i = 0; i < items.size(); ++i) WEX_GetItem(shape.GetPoints(), static_cast<int>(i), &items[i]);
-    return items;
-}
-
 std::optional<M_Matrix3> ReadTransform(ByteReader& in) {
     if (!in.Flag()) return std::nullopt;
     M_Matrix3 matrix = {
@@ -90,13 +83,6 @@ void RequireOutline(const DY_Shape& shape, bool finite) {
             "a new shape is closed");
     for (const WEX_Item item : items)
         Require(!finite || (std::isfinite(item.x) && std::isfinite(item.y)), "a new shape's points are finite");
-}
-
-ByteWorld::ByteWorld(std::int32_t w, std::int32_t h, std::int32_t depth, std::int32_t padding)
-    : GW_World(w, h, w * kComponents * depth / 8 + padding, nullptr),
-      bytes(static_cast<std::size_t>(row_bytes) * static_cast<std::size_t>(h) - static_cast<std::size_t>(h > 0 ? padding : 0)),
-      depth_(depth) {
-    data = bytes.data();
 }
 
 }  // namespace fuzz

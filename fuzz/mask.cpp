@@ -5,6 +5,7 @@
 
 #include "api/vrl.h"
 #include "fuzz/library.h"
+#include "tests/support/worlds.h"
 
 namespace fuzz {
 namespace {
@@ -76,8 +77,8 @@ void RenderBuffer(const DY_Shape& shape, const VRL_MaskParams& params, const Sto
 }
 
 /// Whether any byte changed that is not of an alpha sample, or any byte at all when `unchanged` is asked for.
-bool ChangedBeside(const ByteWorld& world, const std::vector<std::uint8_t>& before, bool unchanged) {
-    const std::int32_t sample_bytes = world.SampleBytes(), row = world.width * 4 * sample_bytes;
+bool ChangedBeside(const PaddedWorld& world, const std::vector<std::uint8_t>& before, bool unchanged) {
+    const std::int32_t sample_bytes = world.Depth() / 8, row = world.width * 4 * sample_bytes;
     for (std::int32_t i = 0; i < static_cast<std::int32_t>(before.size()); ++i) {
         const std::int32_t column = i % world.row_bytes;
         const bool alpha = column < row && column / sample_bytes % 4 == 0;
@@ -88,7 +89,8 @@ bool ChangedBeside(const ByteWorld& world, const std::vector<std::uint8_t>& befo
 }
 
 void RenderLayer(const DY_Shape& shape, const VRL_MaskParams& params, const Stopper& stopper, ByteReader& in) {
-    ByteWorld world{in.Between(0, kLargestSide), in.Between(0, kLargestSide), in.Flag() ? 16 : 8, 2 * in.Between(0, 3)};
+    const std::int32_t width = in.Between(0, kLargestSide), height = in.Between(0, kLargestSide), depth = in.Flag() ? 16 : 8;
+    PaddedWorld world(width, height, 2 * in.Between(0, 3), depth);
     const std::uint8_t fill = in.Byte();
     for (std::size_t i = 0; i < world.bytes.size(); ++i) world.bytes[i] = static_cast<std::uint8_t>((fill + i) & 127);
     const std::vector<std::uint8_t> before = world.bytes;

@@ -4,6 +4,7 @@
 #include "base/errors.h"
 #include "fuzz/library.h"
 #include "refhost/services/status.h"
+#include "tests/support/worlds.h"
 
 namespace fuzz {
 namespace {
@@ -11,7 +12,7 @@ namespace {
 constexpr int kLargestSide = 24;
 
 /// A pixel a bit, black or white, or pixels of whatever bytes come up.
-void Paint(ByteWorld& world, ByteReader& in) {
+void Paint(PaddedWorld& world, ByteReader& in) {
     const bool bitmap = in.Byte() % 4 != 0;
     std::uint32_t bits = 1;
     for (std::uint8_t& byte : world.bytes) {
@@ -59,7 +60,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (in.Byte() % 4 == 0) shapes.emplace_back(ReadShape(in).release());
     const std::size_t held = shapes.size();
     const bool deep = in.Byte() % 32 == 31;
-    ByteWorld world{in.Between(0, kLargestSide), in.Between(0, kLargestSide), deep ? 16 : 8, in.Between(0, 8)};
+    const std::int32_t width = in.Between(0, kLargestSide), height = in.Between(0, kLargestSide);
+    PaddedWorld world(width, height, in.Between(0, 8), deep ? 16 : 8);
     Paint(world, in);
 
     int code = 0;

@@ -7,9 +7,8 @@
 
 namespace support {
 
-/// Names the first law of planar maps that `trace` breaks as the trace of `pixels`; empty when it keeps them all. Decides
-/// everything from the pixels, not by tracing: regions by flooding them, holes by flooding what is not of a region.
-/// Time grows with pixels times holes.
+/// Names the first law of planar maps that `trace` breaks as the trace of `pixels`: edges part the right pixels, and the rings of
+/// a region enclose what hangs together. Empty when it keeps them all. Decides everything from the pixels, not by tracing.
 std::string BrokenLaw(const RPPixelMap& pixels, const RPTrace& trace);
 
 }  // namespace support

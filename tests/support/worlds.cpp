@@ -60,10 +60,11 @@ std::string SetPixels(const GW_World& world) {
 
 PaddedWorld::PaddedWorld(std::int32_t w, std::int32_t h, std::int32_t padding, std::int32_t depth)
     : GW_World(w, h, w * kPixelBytes * depth / 8 + padding, nullptr),
-      bytes_(static_cast<std::size_t>(row_bytes) * static_cast<std::size_t>(h), kPaddingByte),
-      depth_(depth) {
-    data = bytes_.data();
-    for (std::int32_t i = 0; i < w * h; ++i) Set(i % w, i / w, {0, 0, 0, 0});
+      bytes(static_cast<std::size_t>(row_bytes * h - (h > 0 ? padding : 0)), kPaddingByte),
+      depth_(depth),
+      padding_(padding) {
+    data = bytes.data();
+    for (std::int32_t y = 0; y < h; ++y) std::fill_n(PixelOf(*this, 0, y), row_bytes - padding, std::uint8_t{0});
 }
 
 void PaddedWorld::Set(std::int32_t x, std::int32_t y, Argb pixel) { SetPixel(*this, x, y, pixel); }
@@ -71,10 +72,9 @@ void PaddedWorld::Set(std::int32_t x, std::int32_t y, Argb pixel) { SetPixel(*th
 Argb PaddedWorld::Get(std::int32_t x, std::int32_t y) const { return GetPixel(*this, x, y); }
 
 bool PaddedWorld::PaddingUntouched() const {
-    for (std::int32_t y = 0; y < height; ++y) {
-        const std::uint8_t* end = PixelOf(*this, width, y);
-        if (!std::all_of(end, end + row_bytes - width * kPixelBytes, [](std::uint8_t b) { return b == kPaddingByte; }))
-            return false;
+    for (std::int32_t y = 0; y + 1 < height; ++y) {
+        const std::uint8_t* end = PixelOf(*this, 0, y + 1) - padding_;
+        if (!std::all_of(end, end + padding_, [](std::uint8_t b) { return b == kPaddingByte; })) return false;
     }
     return true;
 }

@@ -23,7 +23,7 @@ std::unique_ptr<GW_World> Drawing(const std::string& rows);
 /// A character a pixel, row by row: # for white ones, - for black ones, ? for any other. Alpha does not count.
 std::string SetPixels(const GW_World& world);
 
-/// An 8-bit world with `padding` bytes after every row.
+/// A world, black and clear, with `padding` bytes after every row but the last.
 class PaddedWorld final : public GW_World {
  public:
     PaddedWorld(std::int32_t w, std::int32_t h, std::int32_t padding, std::int32_t depth = 8);
@@ -33,7 +33,8 @@ class PaddedWorld final : public GW_World {
     Argb Get(std::int32_t x, std::int32_t y) const;
     bool PaddingUntouched() const;
 
+    std::vector<std::uint8_t> bytes;
+
  private:
-    std::vector<std::uint8_t> bytes_;
-    std::int32_t depth_;
+    std::int32_t depth_, padding_;
 };
