@@ -85,14 +85,9 @@ std::unique_ptr<GW_World> Discs(std::mt19937& random, std::int32_t size, std::ui
     return world;
 }
 
-class Report {
- public:
-    void Add(const std::string& name, const Digest& digest) { lines_.push_back(name + ' ' + digest.Text()); }
-    const std::vector<std::string>& Lines() const { return lines_; }
+using Report = std::vector<std::string>;
 
- private:
-    std::vector<std::string> lines_;
-};
+void AddLine(Report& report, const std::string& name, const Digest& digest) { report.push_back(name + ' ' + digest.Text()); }
 
 template <class P>
 void Render(Report& report, const std::string& name, const DY_Shape& shape, const VRL_MaskParams& params,
@@ -103,7 +98,7 @@ void Render(Report& report, const std::string& name, const DY_Shape& shape, cons
     digest.Add(VRL_MaskWithShape(&shape, &params, transform, &buffer, &touched));
     for (const std::int32_t edge : {touched.left, touched.top, touched.right, touched.bottom}) digest.Add(edge);
     for (const P sample : SamplesOf<P>(buffer)) digest.Add(std::uint32_t{sample});
-    report.Add("mask/" + name + '/' + std::to_string(kDepthOf<P>), digest);
+    AddLine(report, "mask/" + name + '/' + std::to_string(kDepthOf<P>), digest);
 }
 
 void Add(Digest& digest, const Shapes& shapes) {
@@ -152,8 +147,8 @@ void Insets(Report& report) {
                 VRL_InsetShapeJoin(*shape, true, distance, 1.25, join, pieces);
                 Digest digest;
                 Add(digest, pieces);
-                report.Add("inset/" + std::to_string(vertices) + '/' + std::to_string(join) + '/' + std::to_string(distance),
-                           digest);
+                AddLine(report, "inset/" + std::to_string(vertices) + '/' + std::to_string(join) + '/' + std::to_string(distance),
+                        digest);
             }
         }
     }
@@ -176,13 +171,13 @@ void Traces(Report& report) {
             VRL_NewMasksFromWorld(world.get(), &params, shapes);
             Digest digest;
             Add(digest, shapes);
-            report.Add("trace/" + std::to_string(size) + '/' + variant, digest);
+            AddLine(report, "trace/" + std::to_string(size) + '/' + variant, digest);
         }
     }
 }
 
 /// Prints what differs from the file's lines; true when nothing does.
-bool SameAs(const char* path, const std::vector<std::string>& lines) {
+bool SameAs(const char* path, const Report& lines) {
     std::ifstream file(path);
     std::size_t different = 0;
     std::string recorded;
@@ -207,6 +202,6 @@ int main(int argc, char** argv) {
     Insets(report);
     Traces(report);
     VRL_Death();
-    if (argc > 1) return SameAs(argv[1], report.Lines()) ? 0 : 1;
-    for (const std::string& line : report.Lines()) std::puts(line.c_str());
+    if (argc > 1) return SameAs(argv[1], report) ? 0 : 1;
+    for (const std::string& line : report) std::puts(line.c_str());
 }

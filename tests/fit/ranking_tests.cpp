@@ -213,20 +213,6 @@ TEST(NoiseSmoother, BridgesTheGapOfABridgedChain) {
     EXPECT_NEAR(moved, 4.0 / 48.0, 1e-4);
 }
 
-TEST(Curvature, OfACircleIsItsTurnPerStep) {
-    for (const double sign : {1.0, -1.0}) {
-        std::vector<Complex> circle;
-        const int count = 200;
-        for (int i = 0; i < count; ++i) circle.push_back(std::polar(40.0, sign * 2.0 * std::numbers::pi * i / count));
-        CFKVals curvatures;
-        curvatures.Fill(circle);
-        for (const float value : curvatures.Values()) EXPECT_NEAR(value, sign / 40.0, 1e-7);
-    }
-    CFKVals still;
-    still.Fill(std::vector<Complex>(6));
-    for (const float value : still.Values()) EXPECT_EQ(value, 0.0F);
-}
-
 TEST(ScoreExtrema, GathersStretchesThatBendTheSameWay) {
     const auto scores_of = [](const std::vector<float>& curvatures) {
         std::vector<double> scores(curvatures.size(), 9.0);
@@ -276,42 +262,6 @@ TEST(Ranking, AgreesWithThePlainVersion) {
     for (int round = 0; round < 20; ++round)
         check(ClosedChain(support::SmoothOutline(30 + 12 * round, static_cast<std::uint32_t>(round))));
     EXPECT_GT(corners, 300);
-}
-
-/// A score goes to the points between the first steps along two neighbouring pixels, and a corner's pixel is reached by a
-/// step that ends in the corner; so on long straight sides the score stands two points before it.
-bool IsBeforeCorner(const CFSegment& outline, std::int32_t k) {
-    return outline.Point(k + 2) - outline.Point(k + 1) != outline.Point(k + 3) - outline.Point(k + 2);
-}
-
-TEST(Ranking, FindsTheCornersOfSimpleShapes) {
-    CFRankingBuilder builder;
-    // 64 centres and no padding: the four corners are alike, and all the turning is theirs.
-    const CFSegment square = Square(17);
-    const auto ranking = builder.Build(CFMappedSegment(square));
-    const float highest = *std::max_element(ranking->values.begin(), ranking->values.end());
-    EXPECT_GT(highest, std::numbers::pi / 2.0);
-    for (std::int32_t k = 0; k < square.Count(); ++k) {
-        const float value = ranking->values[static_cast<std::size_t>(k)];
-        EXPECT_EQ(value > 0.8F, IsBeforeCorner(square, k)) << k;
-        EXPECT_NEAR(value, value > 0.8F ? highest : 0.0F, value > 0.8F ? 2e-6F : 0.8F) << k;
-    }
-
-    // An L: five corners to the right and one to the left.
-    support::Bits ell(33, 33);
-    for (int i = 0; i < 33 * 33; ++i) {
-        if (i % 33 < 16 || i / 33 >= 16) ell.Set(i % 33, i / 33);
-    }
-    const CFSegment outline = ClosedChain(support::OutlinesOf(ell).at(0));
-    const auto scores = builder.Build(CFMappedSegment(outline));
-    for (std::int32_t k = 0; k < outline.Count(); ++k) {
-        EXPECT_EQ(scores->values[static_cast<std::size_t>(k)] > 0.8F, IsBeforeCorner(outline, k)) << k;
-    }
-
-    // A disc has no corners away from the padding at its start.
-    const CFSegment disc = ClosedChain(support::Disc(60.0));
-    const auto round = builder.Build(CFMappedSegment(disc));
-    for (std::size_t k = 30; k + 30 < round->values.size(); ++k) EXPECT_LT(round->values[k], 0.8F) << k;
 }
 
 }  // namespace

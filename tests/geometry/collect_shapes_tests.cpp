@@ -5,6 +5,7 @@
 #include "geometry/collect_shapes.h"
 #include "refhost/services/faults.h"
 #include "tests/support/shapes.h"
+#include "tests/support/thrown_int.h"
 
 using testing::ElementsAre;
 
@@ -60,26 +61,24 @@ TEST(CollectShapes, CoordinatesAreEqualWithinHalfAThousandthOrAMillionth) {
 
 TEST(CollectShapes, AnExceptionDuringPlaybackStillDeliversTheShapeUnderWay) {
     Shapes shapes;
-    try {
+    const auto interrupted = [&] {
         CollectDYShapeFunctor collector(shapes);
         collector.MoveTo(1, 1);
         collector.LineTo(5, 1);
         throw 12;
-    } catch (int code) {
-        EXPECT_EQ(code, 12);
-    }
+    };
+    EXPECT_EQ(ThrownInt(interrupted), 12);
     ASSERT_EQ(shapes.size(), 1U);
     EXPECT_EQ((*shapes[0]->GetPoints())->count, 6);
 
     // A list that refuses the closing leg: the destructor's status leaves, and no half-built shape is delivered.
     shapes.clear();
-    EXPECT_THROW(
-        {
-            CollectDYShapeFunctor collector(shapes);
-            collector.MoveTo(1, 1);
-            refhost::FailHostCall(refhost::HostCall::kListInsert, 2, 55);
-        },
-        int);
+    const auto refused = [&] {
+        CollectDYShapeFunctor collector(shapes);
+        collector.MoveTo(1, 1);
+        refhost::FailHostCall(refhost::HostCall::kListInsert, 2, 55);
+    };
+    EXPECT_EQ(ThrownInt(refused), 55);
     refhost::DisarmFaults();
     EXPECT_TRUE(shapes.empty());
 }

@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cmath>
 #include <random>
 #include <set>
 
 #include "refhost/engine/arrangement.h"
+#include "tests/support/offset_distance.h"
 
 namespace refhost {
 namespace {
@@ -18,6 +17,13 @@ std::vector<GridSegment> Segments(const std::vector<Loop>& loops) {
         for (std::size_t i = 0; i < loop.size(); ++i) segments.push_back({loop[i], loop[(i + 1) % loop.size()]});
     }
     return segments;
+}
+
+SegmentField FieldOf(const std::vector<GridSegment>& segments) {
+    const auto point = [](GridPoint p) { return Point{static_cast<double>(p.x), static_cast<double>(p.y)}; };
+    std::vector<SegmentField::Segment> lines;
+    for (const GridSegment& s : segments) lines.push_back({point(s.from), point(s.to)});
+    return SegmentField(std::move(lines));
 }
 
 Loop Square(std::int32_t left, std::int32_t top, std::int32_t side, bool reversed = false) {
@@ -98,17 +104,6 @@ TEST(Arrangement, LargestCoordinatesStayExact) {
     EXPECT_EQ(Areas({{{-k, -k}, {k, k}, {k, -k}, {-k, k}}}, kNonZero), Expected({square / 4, square / 4}));
 }
 
-/// Winding number by a plain sum over all segments; `p` must not lie on one.
-int SlowWinding(const std::vector<GridSegment>& segments, double x, double y) {
-    int winding = 0;
-    for (const GridSegment& s : segments) {
-        const double side = (double{1} * s.to.x - s.from.x) * (y - s.from.y) - (double{1} * s.to.y - s.from.y) * (x - s.from.x);
-        if (s.from.y <= y && s.to.y > y && side > 0) ++winding;
-        if (s.to.y <= y && s.from.y > y && side < 0) --winding;
-    }
-    return winding;
-}
-
 std::int64_t Side(const GridSegment& s, GridPoint p) {
     const std::int64_t x = s.to.x - s.from.x, y = s.to.y - s.from.y;
     return x * (p.y - s.from.y) - y * (p.x - s.from.x);
@@ -146,21 +141,16 @@ TEST(Arrangement, RandomTanglesOnCoarseGridsComeOutClean) {
             for (; begin < end; ++begin) loop.push_back(boundary.edges[begin].from);
         }
         const std::vector<GridSegment> edges = Segments(out);
+        const SegmentField result = FieldOf(edges), source = FieldOf(segments);
         std::uniform_real_distribution<double> anywhere(0, extent);
         for (int probe = 0; probe < 40; ++probe) {
             const double x = anywhere(random);
-            const double y = anywhere(random);
-            const int winding = SlowWinding(edges, x, y);
+            const Point p = {x, anywhere(random)};
+            const int winding = result.Winding(p);
             ASSERT_TRUE(winding == 0 || winding == 1) << "round " << round;
-            const auto is_near = [&](const GridSegment& s) {
-                const double dx = double{1} * s.to.x - s.from.x, dy = double{1} * s.to.y - s.from.y;
-                const double t = std::clamp(((x - s.from.x) * dx + (y - s.from.y) * dy) / (dx * dx + dy * dy), 0.0, 1.0);
-                return std::hypot(s.from.x + t * dx - x, s.from.y + t * dy - y) < 1.5;
-            };
-            if (std::any_of(segments.begin(), segments.end(), is_near)) continue;
-            const int source = SlowWinding(segments, x, y);
-            ASSERT_EQ(winding == 1, rule == kPositive ? source > 0 : source != 0)
-                << "round " << round << " at " << x << ", " << y;
+            if (source.NearestDistance(p) < 1.5) continue;
+            ASSERT_EQ(winding == 1, rule == kPositive ? source.Winding(p) > 0 : source.Winding(p) != 0)
+                << "round " << round << " at " << p.x << ", " << p.y;
         }
         for (const GridSegment& one : edges) {
             for (const GridSegment& other : edges) ASSERT_FALSE(Cross(one, other)) << "round " << round;

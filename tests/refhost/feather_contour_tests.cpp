@@ -7,11 +7,9 @@
 #include <numbers>
 #include <random>
 #include <string>
-#include <thread>
 
 #include "host/feather_contour.h"
 #include "refhost/engine/path_object.h"
-#include "refhost/services/faults.h"
 #include "refhost/shape/feather_points.h"
 #include "tests/support/offset_distance.h"
 #include "tests/support/outlines.h"
@@ -28,21 +26,15 @@ constexpr M_FloatRect kEverywhere = {-1e7, -1e7, 1e7, 1e7};
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-/// Stops with code 7 at the `stop_at`-th check, from 1.
-class Stopper final : public DY_FeatherContourCanceler {
+/// Never stops.
+class CountingCanceler final : public DY_FeatherContourCanceler {
  public:
-    explicit Stopper(int stop_at = 0) : stop_at_(stop_at) {}
-    void Check() const override {
-        if (++checks == stop_at_) throw 7;
-    }
+    void Check() const override { ++checks; }
     void ThrowIfCanceled() const override {}
 
     mutable std::atomic<int> checks{0};
-
- private:
-    int stop_at_;
 };
-const Stopper kNeverStops;
+const CountingCanceler kCounting;
 
 struct PathReleaser {
     void operator()(GRXPath* path) const { refhost::ReleaseReference(path); }
@@ -152,7 +144,7 @@ TEST(FeatherContour, OneRadiusGivesTheExactOffset) {
         const std::vector<Point> probes = RandomPoints(working, 45, 600);
         for (const auto& [radius, expansion] : {Case{40, 0}, Case{-15, 4}}) {
             const auto shape = ShapeOf(path, {{0.4, radius}});
-            const DY_FeatherContourMaker maker(shape.get(), static_cast<float>(scale_x), kNeverStops, expansion);
+            const DY_FeatherContourMaker maker(shape.get(), static_cast<float>(scale_x), kCounting, expansion);
             for (const double fraction : {0.0, 0.75}) {
                 const double distance =
                     static_cast<double>(expansion) + static_cast<double>(radius) * (radius > 0 ? fraction : 1 - fraction);
@@ -183,7 +175,7 @@ TEST(FeatherContour, RadiiChangeEvenlyInArcLengthRoundTheSeam) {
             // Angles in quarter turns from the start; the four segments have one each.
             const auto shape =
                 ShapeOf(ScaledX(backwards ? circle.Reversed() : circle, 1 / scale_x), {{3.5, 20}, {0.5, -30}, {2, 10}});
-            const DY_FeatherContourMaker maker(shape.get(), static_cast<float>(scale_x), kNeverStops, 2);
+            const DY_FeatherContourMaker maker(shape.get(), static_cast<float>(scale_x), kCounting, 2);
             EXPECT_EQ(maker.GetMaxRadius(false), 22);
             EXPECT_EQ(maker.GetMaxRadius(true), -28);
             const auto radius_at = [](double turn) {
@@ -224,7 +216,7 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
     {  // A tent on the top edge, a step on the right edge, a dent in the bottom edge.
         const auto shape =
             ShapeOf(rectangle, {{0, 0}, {0.5, 40}, {1, 0}, {1.5, 0}, {1.5, 20}, {1.8, 20}, {1.8, 0}, {2, 0}, {2.5, -36}, {3, 0}});
-        const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
+        const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, 0);
         const Contour middle(maker, 0.5);
         expect_edge(middle, {45, -9.99}, {45, -10.01});
         expect_edge(middle, {90, -19.99}, {90, -20.01});
@@ -240,19 +232,19 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
     }
     {  // Through 0 within one edge: there the contours meet.
         const auto shape = ShapeOf(rectangle, {{0, -36}, {1, 36}, {2, 0}});
-        const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
+        const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, 0);
         for (const double fraction : {0.1, 0.9}) expect_edge(Contour(maker, fraction), {90, 0.01}, {90, -0.01});
     }
     {  // One radius and an expansion: corners are round outside and sharp inside.
         const auto shape = ShapeOf(rectangle, {{1.5, 30}});
-        const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, -10);
+        const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, -10);
         expect_edge(Contour(maker, 0), {10.01, 10.01}, {9.99, 10.01});
         const double diagonal = 20 / std::numbers::sqrt2;
         expect_edge(Contour(maker, 1), {diagonal * -0.99, diagonal * -0.99}, {diagonal * -1.01, diagonal * -1.01});
     }
     {  // Open: constant beyond the points, even along the leg that closes it. Two segments, down the right side.
         const auto shape = ShapeOf(Outline().Move(0, 0).Line(100, 0).Line(100, 100), {{0.5, 20}, {1.5, 40}}, true);
-        const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
+        const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, 0);
         const Contour half(maker, 0.5);
         expect_edge(half, {25, -9.99}, {25, -10.01});
         expect_edge(half, {119.99, 80}, {120.01, 80});
@@ -262,7 +254,7 @@ TEST(FeatherContour, PolygonsWorkedByHand) {
     {  // A figure of eight: radii belong to the side they were given on, whichever way that part runs.
         const auto shape =
             ShapeOf(support::Polygon({{0, 0}, {100, 100}, {100, 0}, {0, 100}}), {{1, 10}, {2, 10}, {3, 30}, {4, 30}});
-        const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
+        const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, 0);
         const Contour whole(maker, 1);
         expect_edge(whole, {109.9, 50}, {110.1, 50});
         expect_edge(whole, {-29.9, 50}, {-30.1, 50});
@@ -288,7 +280,7 @@ TEST(FeatherContour, TipsOfNeedlesAreRound) {
                 if (is_notch) path.Line(p.x, p.y);
             }
             const auto shape = ShapeOf(path.Line(start.x, start.y).Close(), {});
-            const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, is_notch ? -20.0F : 20.0F);
+            const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, is_notch ? -20.0F : 20.0F);
             const Contour contour(maker, 0);
             for (int k = -4; k <= 4; ++k) {
                 const double side = k * std::numbers::pi / 9;
@@ -312,7 +304,7 @@ TEST(FeatherContour, ContoursGrowSteadily) {
             Radii radii;
             for (int i = 0; i < 6; ++i) radii.push_back({position(random), radius(random)});
             const auto shape = ShapeOf(path, radii);
-            const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
+            const DY_FeatherContourMaker maker(shape.get(), 1, kCounting, 0);
             const double span = static_cast<double>(maker.GetMaxRadius(false) - maker.GetMaxRadius(true));
             const std::vector<Point> probes = RandomPoints(path, 40, 1000);
             double last_fraction = 0;
@@ -345,7 +337,7 @@ TEST(FeatherContour, ContoursGrowSteadily) {
 TEST(FeatherContour, ResultsTellWhatAClipSees) {
     const auto shape = ShapeOf(
         support::Polygon({{0, 0}, {200, 0}, {200, 100}, {120, 100}, {120, 60}, {80, 60}, {80, 100}, {0, 100}}), {{0.5, 30}});
-    const DY_FeatherContourMaker maker(shape.get(), 0.5F, kNeverStops, 0);
+    const DY_FeatherContourMaker maker(shape.get(), 0.5F, kCounting, 0);
     struct Case {
         M_FloatRect clip;  // of the working space: the shape is 100 wide there
         double fraction;
@@ -367,10 +359,18 @@ TEST(FeatherContour, ResultsTellWhatAClipSees) {
     for (const int items : {0, 1, 3}) {
         const auto tiny = ShapeOfItems(std::vector<WEX_Item>(static_cast<std::size_t>(items), {5, 5}));
         refhost::SetFeatherPoints(*tiny, {{0, 10}});
-        const DY_FeatherContourMaker nothing(tiny.get(), 1, kNeverStops, 3);
+        const DY_FeatherContourMaker nothing(tiny.get(), 1, kCounting, 3);
         ContourPath(nothing, 0.5, kEverywhere, kContourNothing);
         EXPECT_EQ(nothing.GetMaxRadius(false), 13);
     }
+}
+
+// While preparing, and before each costly step of a contour.
+TEST(FeatherContour, AsksAgainAndAgainWhetherToStop) {
+    const auto shape = ShapeOf(support::Star(7, 90, 40), {{0, -20}, {3, 20}});
+    const int before = kCounting.checks;
+    ContourPath(DY_FeatherContourMaker(shape.get(), 1, kCounting, 0), 0.5);
+    EXPECT_GE(kCounting.checks - before, 3);
 }
 
 TEST(FeatherContour, HostileNumbersDoNoHarm) {
@@ -379,7 +379,7 @@ TEST(FeatherContour, HostileNumbersDoNoHarm) {
         const auto odd =
             ShapeOf(square, {{-4, 10}, {std::numeric_limits<double>::infinity(), 90}, {6, 20}, {1, kNaN}, {2.5, -kInfinity}});
         const auto plain = ShapeOf(square, {{0, 10}, {2, 20}});
-        const DY_FeatherContourMaker a(odd.get(), 1, kNeverStops, 0), b(plain.get(), 1, kNeverStops, 0);
+        const DY_FeatherContourMaker a(odd.get(), 1, kCounting, 0), b(plain.get(), 1, kCounting, 0);
         for (const double fraction : {0.2, 0.9}) EXPECT_EQ(ContourPath(a, fraction)->points, ContourPath(b, fraction)->points);
         EXPECT_EQ(ContourPath(a, static_cast<double>(kNaN))->points, ContourPath(a, -5)->points);
         EXPECT_EQ(ContourPath(a, 77)->points, ContourPath(a, 1)->points);
@@ -399,7 +399,7 @@ TEST(FeatherContour, HostileNumbersDoNoHarm) {
             p = {static_cast<double>(pick({-1e30F, -1, 0, 0, 0.5F, 1, 2, 3, 1e30F})),
                  pick({-1e4F, -30, -1, 0, 0, 1, 30, 1e4F, 3e38F})};
         refhost::SetFeatherPoints(*shape, radii);
-        const DY_FeatherContourMaker maker(shape.get(), pick({1, 1, 0.5F, 3, -1, 0, 1e-30F, 1e30F, kNaN}), kNeverStops,
+        const DY_FeatherContourMaker maker(shape.get(), pick({1, 1, 0.5F, 3, -1, 0, 1e-30F, 1e30F, kNaN}), kCounting,
                                            pick({0, 0, 5, -5, 1e30F, kNaN}));
         for (const float fraction : {0.0F, 0.5F, 1.0F}) {
             DY_ContourResults result;
@@ -409,53 +409,4 @@ TEST(FeatherContour, HostileNumbersDoNoHarm) {
             }
         }
     }
-}
-
-TEST(FeatherContour, StopsAndFailuresLeaveNothingBehind) {
-    const auto shape = ShapeOf(support::Star(7, 90, 40), {{0, -20}, {3, 20}});
-    const int paths_before = refhost::LivePathObjects();
-    int stops = 0;
-    for (int stop_at = 1;; ++stop_at, ++stops) {
-        const Stopper canceler(stop_at);
-        try {
-            const DY_FeatherContourMaker maker(shape.get(), 1, canceler, 0);
-            const PathHolder path = ContourPath(maker, 0.5);
-            break;
-        } catch (int code) {
-            EXPECT_EQ(code, 7);
-        }
-    }
-    EXPECT_GE(stops, 3);  // while preparing, and before each costly step of a contour
-    int failures = 0;
-    for (bool done = false; !done; ++failures) {
-        refhost::FailAllocations(failures + 1, 1);
-        try {
-            const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
-            DY_ContourResults result;
-            const PathHolder path(maker.MakeGRXPath(0.5F, 1, &kEverywhere, &result));
-            done = !refhost::FaultStruck();  // sorting does without the memory it is refused
-        } catch (const std::bad_alloc&) {
-        }
-        refhost::DisarmFaults();
-    }
-    EXPECT_GT(failures, 20);
-    EXPECT_EQ(refhost::LivePathObjects(), paths_before);
-}
-
-TEST(FeatherContour, ManyThreadsAskAtOnce) {
-    const auto shape = ShapeOf(support::Blob(30, 80, 4), {{2, -25}, {9, 30}, {20, 5}});
-    const DY_FeatherContourMaker maker(shape.get(), 1, kNeverStops, 0);
-    constexpr int kRings = 24;
-    const auto ring = [&](int i) { return ContourPath(maker, static_cast<double>(i) / kRings); };
-    std::vector<PathHolder> serial, parallel(kRings);
-    for (int i = 0; i < kRings; ++i) serial.push_back(ring(i));
-    std::atomic<int> next{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int i = next++; i < kRings; i = next++) parallel[static_cast<std::size_t>(i)] = ring(i);
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    for (std::size_t i = 0; i < kRings; ++i) EXPECT_EQ(parallel[i]->points, serial[i]->points);
 }

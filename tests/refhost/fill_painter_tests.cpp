@@ -5,7 +5,6 @@
 #include <limits>
 #include <random>
 #include <string>
-#include <thread>
 
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/fill_painter.h"
@@ -282,18 +281,6 @@ TEST(FillPainter, RefusesWhatIsNoPath) {
     EXPECT_EQ(Refusal({points, std::span<const PIVPointType>()}), &refhost::kErrorBadPath);
     EXPECT_EQ(refusal({kPIVMove, kPIVCurve, kPIVCurve, kPIVCurve, kPIVClose}), nullptr);
     EXPECT_EQ(refusal({}), nullptr);
-}
-
-TEST(FillPainter, ThreadsFillAtTheSameTime) {
-    const std::vector<std::pair<std::string, Outline>> outlines = OverlappingOutlines();
-    std::vector<std::vector<std::uint8_t>> expected;
-    for (const auto& [name, outline] : outlines) expected.push_back(Fill(outline, kBox));
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back([&] {
-            for (std::size_t i = 0; i < outlines.size(); ++i) EXPECT_TRUE(Fill(outlines[i].second, kBox) == expected[i]);
-        });
-    for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

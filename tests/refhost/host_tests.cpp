@@ -9,6 +9,7 @@
 #include "refhost/services/memory.h"
 #include "refhost/services/reports.h"
 #include "tests/support/shapes.h"
+#include "tests/support/thrown_int.h"
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -88,12 +89,7 @@ TEST(ScratchBuffer, IsTakenThroughThePurgeLoopAndAccountedExactly) {
         EXPECT_EQ(refhost::AccountedBytes(), 100);
         EXPECT_TRUE(refhost::FaultStruck());
         refhost::FailAllocations(1, 1000);
-        int status = 0;
-        try {
-            buffer.Take(10);
-        } catch (int thrown) {
-            status = thrown;
-        }
+        const int status = ThrownInt([&] { buffer.Take(10); });
         refhost::DisarmFaults();
         EXPECT_EQ(status, -4);
         EXPECT_EQ(refhost::AccountedBytes(), 100);

@@ -139,24 +139,6 @@ TYPED_TEST(LineFeather, SoftensAStepWithoutOvershootWithinItsReach) {
     }
 }
 
-TYPED_TEST(LineFeather, KeepsMassAndMirrorsWithTheLine) {
-    std::mt19937 random(3);
-    for (const unsigned char quality : kQualities) {
-        for (const double radius : kRadii) {
-            SCOPED_TRACE(::testing::Message() << "quality " << int{quality} << ", radius " << radius);
-            std::vector<TypeParam> line = RandomLine<TypeParam>(random, 1700);
-            std::fill_n(line.begin(), 610, TypeParam{0});
-            std::fill_n(line.rbegin(), 610, TypeParam{0});
-            std::vector<TypeParam> soft = Feather(line, quality, radius);
-            const double before = std::accumulate(line.begin(), line.end(), 0.0);
-            EXPECT_NEAR(std::accumulate(soft.begin(), soft.end(), 0.0), before, before * 0.002);
-            std::reverse(line.begin(), line.end());
-            std::reverse(soft.begin(), soft.end());
-            EXPECT_EQ(Feather(line, quality, radius), soft);
-        }
-    }
-}
-
 TYPED_TEST(LineFeather, EqualsThePlainVersionToTheBit) {
     std::mt19937 random(7);
     for (int round = 0; round < 300; ++round) {

@@ -9,6 +9,7 @@
 #include "render/coverage_scale.h"
 #include "render/poly_rasterizer.h"
 #include "tests/support/shapes.h"
+#include "tests/support/thrown_int.h"
 
 using testing::ElementsAre;
 
@@ -87,16 +88,7 @@ TEST(PolyRasterizer, ARowBeforeTheBoxIsAFailedCheck) {
     refhost::TakeReports();
     GW_Pixel16 line[4] = {};
     int first = -7;
-    EXPECT_THROW(
-        {
-            try {
-                rasterizer.RasterizeY(0, 1, line, &first, &first);
-            } catch (int code) {
-                EXPECT_EQ(code, 3);
-                throw;
-            }
-        },
-        int);
+    EXPECT_EQ(ThrownInt([&] { rasterizer.RasterizeY(0, 1, line, &first, &first); }), 3);
     refhost::SetReportSink({});
     const auto reports = refhost::TakeReports();
     ASSERT_EQ(reports.size(), 1U);

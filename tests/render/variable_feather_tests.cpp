@@ -7,7 +7,6 @@
 
 #include "api/vrl.h"
 #include "host/fill_painter.h"
-#include "refhost/image/parallel_iteration.h"
 #include "refhost/shape/feather_points.h"
 #include "render/variable_feather_rasterizer.h"
 #include "tests/support/shapes.h"
@@ -192,18 +191,4 @@ TEST(VariableFeather, ASpanOfNothingIsOneRingAndLongSpansAreCapped) {
         const std::set<GW_Pixel16> levels(line.begin(), line.end());
         EXPECT_GT(levels.size(), smooth ? 500U : 350U);
     }
-}
-
-TEST(VariableFeather, TheCountOfThreadsDoesNotMatter) {
-    const auto shape = FeatheredBlob(-9, 14.5F);
-    const VRL_MaskParams params = PlainParams();
-    std::vector<GW_Pixel8> expected;
-    for (const int threads : {1, 2, 8}) {
-        refhost::SetThreadCount(threads);
-        GW_UnoBuffer buffer(120, 100, 8);
-        ASSERT_EQ(VRL_MaskWithShape(shape.get(), &params, nullptr, &buffer, nullptr), 0);
-        if (expected.empty()) expected = SamplesOf<GW_Pixel8>(buffer);
-        EXPECT_EQ(SamplesOf<GW_Pixel8>(buffer), expected) << threads;
-    }
-    refhost::SetThreadCount(2);
 }

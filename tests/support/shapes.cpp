@@ -45,6 +45,16 @@ std::vector<WEX_Item> ItemsOf(const DY_Shape& shape) {
     return items;
 }
 
+double AreaOfItems(const DY_Shape& shape) {
+    const std::vector<WEX_Item> items = ItemsOf(shape);
+    double doubled = 0;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const WEX_Item a = items[i], b = items[(i + 1) % items.size()];
+        doubled += static_cast<double>(a.x) * static_cast<double>(b.y) - static_cast<double>(b.x) * static_cast<double>(a.y);
+    }
+    return doubled / 2;
+}
+
 VRL_MaskParams PlainParams() {
     VRL_MaskParams params = {};
     params.opacity = 65536;

@@ -18,6 +18,8 @@ std::unique_ptr<DY_Shape> Rectangle(float left, float top, float right, float bo
 /// A closed smooth outline of `vertices` vertices that wanders about a circle.
 std::unique_ptr<DY_Shape> Blob(int vertices, float center_x, float center_y, float radius);
 std::vector<WEX_Item> ItemsOf(const DY_Shape& shape);
+/// The signed area of the polygon of all items, positive when they run clockwise on screen.
+double AreaOfItems(const DY_Shape& shape);
 
 /// Opaque, best quality, nothing else.
 VRL_MaskParams PlainParams();

@@ -26,17 +26,6 @@ Shapes Traced(const GW_World& world, const VRL_AutoTraceParams& params = {}) {
     return shapes;
 }
 
-/// Twice the signed area of the polygon of all items, positive when they run clockwise on screen.
-double TurnOf(const DY_Shape& shape) {
-    const Items items = ItemsOf(shape);
-    double turn = 0;
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        const WEX_Item a = items[i], b = items[(i + 1) % items.size()];
-        turn += static_cast<double>(a.x) * static_cast<double>(b.y) - static_cast<double>(b.x) * static_cast<double>(a.y);
-    }
-    return turn;
-}
-
 /// Discs of both colours, one over the other.
 std::unique_ptr<GW_World> Discs(unsigned seed, std::int32_t width, std::int32_t height) {
     std::mt19937 random(seed);
@@ -116,7 +105,7 @@ TEST(AutoTrace, EveryOutlineAndHoleOfTheSetPixelsBecomesAShape) {
     ASSERT_EQ(one.size(), 1U);
     EXPECT_EQ(one[0]->type, kShapeTypeBezier);
     EXPECT_FALSE(one[0]->IsOpen());
-    EXPECT_GT(TurnOf(*one[0]), 0);
+    EXPECT_GT(AreaOfItems(*one[0]), 0);
     EXPECT_EQ(ItemsOf(*one[0]).size() % 3, 0U);
     const Items items = ItemsOf(*one[0]);
     for (std::size_t i = 0; i < items.size(); i += 3) {  // vertices lie on corners of pixels
@@ -184,11 +173,11 @@ TEST(AutoTrace, TheWholeListIsMappedAndDirected) {
     EXPECT_EQ(ItemsOf(*shapes[1])[3], (WEX_Item{97, 5}));  // open: mapped, its order kept
     for (std::size_t i = 0; i < shapes.size(); ++i) {
         if (i != 1 && i != 2) {
-            EXPECT_GT(TurnOf(*shapes[i]), 0) << i;
+            EXPECT_GT(AreaOfItems(*shapes[i]), 0) << i;
         }
     }
     for (std::size_t i = 0; i < plain.size(); ++i) {
-        EXPECT_GT(TurnOf(*plain[i]), 0);
+        EXPECT_GT(AreaOfItems(*plain[i]), 0);
         const WEX_Item from = ItemsOf(*plain[i])[0], to = ItemsOf(*shapes[i + 3])[0];
         EXPECT_EQ(to, (WEX_Item{100 - from.x, from.y + 5}));
     }

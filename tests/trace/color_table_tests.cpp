@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <thread>
 #include <vector>
 
 #include "base/errors.h"
@@ -51,12 +50,6 @@ TEST(ColorTable, NumbersWrapAndOtherModelsAreRefused) {
     EXPECT_EQ(table.IndexOf(Colour(0, 1, 0)), 0);
     EXPECT_EQ(table.IndexOf(Colour(0, 2, 0)), 1);
     EXPECT_ANY_THROW(table.IndexOf({0, 0, kModelFour, {1, 2, 3, 4}}));
-}
-
-TEST(ColorTable, EveryThreadHasItsOwn) {
-    RPColorTable& here = RPColorTable::OfThread();
-    std::thread([&] { EXPECT_NE(&RPColorTable::OfThread(), &here); }).join();
-    EXPECT_EQ(&RPColorTable::OfThread(), &here);
 }
 
 TEST(Raster, SamplesColoursAndTheOutside) {
