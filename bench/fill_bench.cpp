@@ -19,9 +19,10 @@
 #include <cairo/cairo.h>
 #endif
 
+#include "bench/glyph.h"
 #include "refhost/engine/fill_painter.h"
 #include "refhost/engine/flatten.h"
-#include "tests/support/glyph.h"
+#include "tests/support/outlines.h"
 
 namespace {
 
@@ -172,7 +173,7 @@ std::vector<NamedOutline> Outlines(double height) {
     return {
         {"circle", support::Circle(x, y, 0.45 * height)},
         {"blob200", support::Blob(200, 0.4 * height, 1).Shifted(x, y)},
-        {"glyph", support::Glyph(support::kSerifBold, U'&', 0.4 * height, 0.9 * height, height)},
+        {"glyph", bench::Glyph(bench::kSerifBold, U'&', 0.4 * height, 0.9 * height, height)},
         {"traced4000", support::RoughBlob(4000, 0.4 * height, 1).Shifted(x, y)},
         {"scribble", support::Scribble(40, 0.8 * height, 1).Shifted(0.5 * height, 0.1 * height)},
     };

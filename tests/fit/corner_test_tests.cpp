@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "fit/bezier.h"
 #include "fit/corner_test.h"
+#include "tests/support/pixel_outlines.h"
 
 namespace {
 
@@ -21,16 +22,7 @@ CFSegment ChainOf(std::int32_t count, std::int32_t type, const std::function<CFP
 /// Runs right for 20 points, then down.
 CFPoint RightAngle(float i) { return i <= 20.0F ? CFPoint{i, 0} : CFPoint{20, i - 20.0F}; }
 
-/// The outline of a square of side `side`, point 0 in its first corner.
-CFSegment Square(std::int32_t side) {
-    return ChainOf(4 * side, kChainClosed, [&](float i) {
-        const auto s = static_cast<float>(side);
-        if (i < s) return CFPoint{i, 0};
-        if (i < 2 * s) return CFPoint{s, i - s};
-        if (i < 3 * s) return CFPoint{3 * s - i, s};
-        return CFPoint{0, 4 * s - i};
-    });
-}
+CFSegment Square(int side) { return support::ChainOf(support::Square(side), kSpacingUnitSteps, kChainClosed); }
 
 struct Found {
     std::int32_t type, index;

@@ -8,8 +8,8 @@
 #include "fit/outline_preparation.h"
 #include "fit/path_generator.h"
 #include "tests/support/exact_coverage.h"
-#include "tests/support/glyph.h"
 #include "tests/support/offset_distance.h"
+#include "tests/support/outlines.h"
 #include "tests/support/pixel_outlines.h"
 
 namespace {
@@ -82,12 +82,11 @@ LatticeLine Stairs(std::uint32_t seed) {
     return line;
 }
 
-/// The outlines of a character's pixels; none when the font is not installed.
-std::vector<LatticeLine> GlyphOutlines(char32_t character) {
-    constexpr std::int32_t kSide = 100;
+/// The outlines of the pixels that half of is covered.
+std::vector<LatticeLine> PixelsOf(const support::Outline& outline) {
+    constexpr std::int32_t kSide = 220;
     support::Bits bits(kSide, kSide);
-    const support::Outline glyph = support::Glyph(support::kSerifBold, character, 2, 75, 85);
-    const std::vector<double> coverage = support::ExactCoverage(glyph.View(), {0, 0, kSide, kSide});
+    const std::vector<double> coverage = support::ExactCoverage(outline.View(), {0, 0, kSide, kSide});
     for (int i = 0; i < kSide * kSide; ++i) {
         if (coverage[static_cast<std::size_t>(i)] >= 127.5) bits.Set(i % kSide, i / kSide);
     }
@@ -101,8 +100,10 @@ std::vector<LatticeLine> ClosedOutlines() {
         lines.push_back(Stairs(seed));
         lines.push_back(support::NoisyOutline(12, seed));
     }
-    for (const char32_t character : {U'a', U'g', U'R', U'&', U'8', U'%'}) {
-        for (const LatticeLine& line : GlyphOutlines(character)) lines.push_back(line);
+    for (const support::Outline& outline :
+         {support::Letter(), support::CuspsAndLoops(), support::Star(9, 100, 30).Shifted(110, 110), support::Scribble(12, 200, 3),
+          support::Blob(20, 80, 4).Shifted(110, 110)}) {
+        for (const LatticeLine& line : PixelsOf(outline)) lines.push_back(line);
     }
     return lines;
 }
@@ -148,9 +149,7 @@ TEST(PathGenerator, ADiscTakesFewSmoothCurves) {
 }
 
 TEST(PathGenerator, ASquareKeepsItsFourCornersAtALowAngle) {
-    support::Bits bits(40, 40);
-    for (int i = 0; i < 40 * 40; ++i) bits.Set(i % 40, i / 40);
-    const RPPath path = Fitted(Prepared(support::OutlinesOf(bits).front()), 1, 45);
+    const RPPath path = Fitted(Prepared(support::Square(40)), 1, 45);
     int corners = 0;
     for (const RPAnchor& anchor : path.anchors) {
         if (!anchor.corner) continue;

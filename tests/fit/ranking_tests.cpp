@@ -17,13 +17,6 @@ Complex ComplexOf(CFPoint point) { return {static_cast<double>(point.x), static_
 
 CFSegment ClosedChain(const support::LatticeLine& points) { return support::ChainOf(points, kSpacingUnitSteps, kChainClosed); }
 
-/// The outline of a solid square of `side` pixels from its corner at the origin.
-CFSegment Square(int side) {
-    support::Bits bits(side, side);
-    for (int i = 0; i < side * side; ++i) bits.Set(i % side, i / side);
-    return ClosedChain(support::OutlinesOf(bits).at(0));
-}
-
 // ---- A plain version of the whole ranking: direct sums, no tables, lists instead of arrays.
 
 struct PlainSmoother {
@@ -174,7 +167,7 @@ TEST(NoiseSmoother, AgreesWithDirectSums) {
 }
 
 TEST(NoiseSmoother, MovesPointsByTheNoiseOfTheGrid) {
-    const CFSegment outline = Square(65);  // 256 centres: nothing is padded
+    const CFSegment outline = ClosedChain(support::Square(65));  // 256 centres: nothing is padded
     const CFMappedSegment centres(outline);
     ASSERT_EQ(centres.Count(), 256);
     CFNoiseSmoother smoother;

@@ -370,7 +370,7 @@ TEST(FeatherContour, AsksAgainAndAgainWhetherToStop) {
     const auto shape = ShapeOf(support::Star(7, 90, 40), {{0, -20}, {3, 20}});
     const int before = kCounting.checks;
     ContourPath(DY_FeatherContourMaker(shape.get(), 1, kCounting, 0), 0.5);
-    EXPECT_GE(kCounting.checks - before, 3);
+    EXPECT_GE(kCounting.checks - before, 4);
 }
 
 TEST(FeatherContour, HostileNumbersDoNoHarm) {

@@ -9,7 +9,6 @@
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/fill_painter.h"
 #include "tests/support/exact_coverage.h"
-#include "tests/support/glyph.h"
 #include "tests/support/outlines.h"
 
 namespace {
@@ -72,7 +71,8 @@ std::vector<std::pair<std::string, Outline>> SimpleOutlines() {
         {"traced", support::RoughBlob(300, 48, 9).Shifted(59.7, 61.2)},
         {"circle", support::Circle(60, 60, 50)},
         {"circle off the grid", support::Circle(61.37, 58.81, 47.6).Reversed()},
-        {"circles inside pixels", support::Circle(20.5, 20.5, 0.4)},
+        {"letter", support::Letter()},
+        {"letter's other corner", support::Letter().Shifted(-95.3, -93.8)},
         {"rectangle on the grid", support::Rectangle(10, 12, 90, 100)},
         {"rectangle off the grid", support::Rectangle(10.3, 12.6, 90.1, 100.7)},
         {"rectangle inside a row", support::Rectangle(10.3, 12.2, 90.1, 12.6)},
@@ -80,15 +80,12 @@ std::vector<std::pair<std::string, Outline>> SimpleOutlines() {
         {"flat sliver", support::Polygon({{2.2, 30.1}, {118.7, 31.3}, {4, 30.3}})},
         {"upright sliver", support::Polygon({{30.1, 2.2}, {31.3, 118.7}, {30.3, 4}})},
         {"star outline", support::Polygon({{60, 5}, {70, 50}, {115, 60}, {70, 70}, {60, 115}, {50, 70}, {5, 60}, {50, 50}})},
+        {"circles inside pixels", support::Circle(20.5, 20.5, 0.4)},
     };
-    Outline& dots = outlines[5].second;
+    Outline& dots = outlines.back().second;
     for (int i = 0; i < 40; ++i) dots.Append(support::Circle(5.13 * (i % 20) + 3.2, 3.71 * i + 8.4, 0.07 * i + 0.03));
     outlines.emplace_back("ring", support::Circle(60, 60, 50).Append(support::Circle(62.2, 57.3, 41.3).Reversed()));
     outlines.emplace_back("open subpath", Outline().Move(20.5, 20.25).Line(100.5, 30).Line(50.25, 90.75));
-    for (const char32_t character : {U'&', U'g', U'@'}) {
-        const Outline glyph = support::Glyph(support::kSerifBold, character, 12, 100, 110);
-        if (glyph.View().Size() > 0) outlines.emplace_back("glyph", glyph);
-    }
     return outlines;
 }
 

@@ -84,6 +84,12 @@ LatticeLine SmoothOutline(int points, std::uint32_t seed) {
         40 * points, true);
 }
 
+LatticeLine Square(int side) {
+    Bits bits(side, side);
+    for (int i = 0; i < side * side; ++i) bits.Set(i % side, i / side);
+    return OutlinesOf(bits).front();
+}
+
 LatticeLine Disc(double radius) {
     const int side = 2 * static_cast<int>(std::ceil(radius));
     Bits bits(side, side);

@@ -32,6 +32,8 @@ std::vector<LatticeLine> OutlinesOf(const Bits& bits);
 LatticeLine Staircase(const std::function<CFPoint(double)>& curve, int samples, bool closed);
 /// A closed staircase of about `points` points along a wavy circle, the set pixels on its right.
 LatticeLine SmoothOutline(int points, std::uint32_t seed);
+/// The outline of a solid square, from its corner at the origin on.
+LatticeLine Square(int side);
 /// The outlines of the pixels of a circle's disc whose centres are nearer to its centre than `radius`.
 LatticeLine Disc(double radius);
 /// A random walk away and back: full of corners.

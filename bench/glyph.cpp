@@ -1,4 +1,4 @@
-#include "tests/support/glyph.h"
+#include "bench/glyph.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
@@ -6,10 +6,11 @@
 
 #include <memory>
 
-namespace support {
+namespace bench {
 namespace {
 
 using refhost::Point;
+using support::Outline;
 
 /// What the decomposing callbacks write to.
 struct Pen {
@@ -70,4 +71,4 @@ Outline Glyph(const char* font_file, char32_t character, double x, double y, dou
     return pen.outline;
 }
 
-}  // namespace support
+}  // namespace bench
