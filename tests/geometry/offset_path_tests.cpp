@@ -129,13 +129,4 @@ TEST(InsetShape, PositiveDistancesShrinkAndPiecesAreAppended) {
 
     VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, 6, 1, shapes);
     EXPECT_EQ(shapes.size(), 2U);  // nothing left, nothing appended
-
-    shapes.clear();
-    VRL_InsetShapeJoin(*Rectangle(0, 0, 20, 10), true, -2, 1, kVRLJoinMiter, shapes);
-    VRL_InsetShapeJoin(*Rectangle(0, 0, 20, 10), true, -2, 1, kVRLJoinBevel, shapes);
-    VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, -2, 2, shapes);
-    ASSERT_EQ(shapes.size(), 3U);
-    EXPECT_NEAR(std::abs(AreaOfItems(*shapes[0])), 24 * 14, 0.5);
-    EXPECT_NEAR(std::abs(AreaOfItems(*shapes[1])), 24 * 14 - 4 * 2, 0.5);
-    for (const boost::shared_ptr<DY_Shape>& shape : shapes) EXPECT_EQ(shape.use_count(), 1);
 }

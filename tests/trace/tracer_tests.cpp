@@ -94,13 +94,6 @@ TEST(Tracer, NothingComesOfAnImageWithoutPixels) {
     }
 }
 
-TEST(Tracer, SmallestImages) {
-    EXPECT_THAT(Edges(Traced({"#"})), ElementsAre("0,1 >^<v o 0|-1"));
-    EXPECT_THAT(Edges(Traced({"#", "#"})), ElementsAre("0,1 v>^^<v o 0|-1"));
-    // The second region's boundary starts with the edge of the first that lies on its left.
-    EXPECT_THAT(Edges(Traced({".#"})), ElementsAre("1,1 <^> -1|0", "1,0 v 1|0", "1,0 >v< -1|1"));
-}
-
 TEST(Tracer, HoleIsALoopFromTheCornerOfTheRegionInIt) {
     const RPTrace trace = Traced({"...", ".#.", "..."});
     EXPECT_THAT(Edges(trace), ElementsAre("0,1 vv>>>^^^<<<v o 0|-1", "1,2 >^<v o 1|0"));
