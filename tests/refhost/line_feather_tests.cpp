@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr double kRadii[] = {.1, .4,  .9, 1,    1.1, 2,  2.6,
-                             3,  7.3, 10, 40.5, 200, 300};  // px; 2 is two boxes of three whole samples
 constexpr unsigned char kQualities[] = {0, 1};
 
 std::int32_t ToFixed(double radius) { return static_cast<std::int32_t>(std::lround(radius * kFixedOne)); }
@@ -109,34 +107,6 @@ TEST(LineFeatherByHand, SmallKernelsHaveTheirRationalWeights) {
         cube.push_back(static_cast<GW_Pixel16>(std::lround(weight * 32768 / 8000.0)));
     }
     EXPECT_EQ(Feather(impulse, 1, 3.0), cube);
-}
-
-TYPED_TEST(LineFeather, SoftensAStepWithoutOvershootWithinItsReach) {
-    constexpr int max = SampleTraits<TypeParam>::kMax;
-    for (const unsigned char quality : kQualities) {
-        for (const double radius : kRadii) {
-            SCOPED_TRACE(::testing::Message() << "quality " << int{quality} << ", radius " << radius);
-            const auto reach = static_cast<std::size_t>(2.0 * std::ceil(radius)), middle = 2 * reach + 3;
-            std::vector<TypeParam> step(2 * middle, 0);
-            std::fill(step.begin() + static_cast<std::ptrdiff_t>(middle), step.end(), static_cast<TypeParam>(max));
-            step.resize(3 * middle, static_cast<TypeParam>(max));
-            const std::vector<TypeParam> soft = Feather(step, quality, radius);
-            EXPECT_TRUE(std::is_sorted(soft.begin(), soft.begin() + static_cast<std::ptrdiff_t>(2 * middle)));
-            EXPECT_EQ(soft[middle - reach - 1], 0);
-            EXPECT_EQ(soft[middle + reach], max);
-            double mass = 0.0, variance = 0.0;
-            for (std::size_t k = 0; k <= reach; ++k) {
-                EXPECT_NEAR(soft[middle + k] + soft[middle - k - 1], max, 1) << k;
-                const double rise = soft[middle + k] - soft[middle + k - 1];
-                mass += k == 0 ? rise : 2.0 * rise;
-                variance += 2.0 * rise * static_cast<double>(k * k);
-            }
-            EXPECT_NEAR(mass, max, 1.0);
-            if (max > 255) {
-                EXPECT_NEAR(variance / max, radius * radius / 3.0, 1e-4 + radius * radius * 0.003);
-            }
-        }
-    }
 }
 
 TYPED_TEST(LineFeather, EqualsThePlainVersionToTheBit) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "tests/support/worlds.h"
+
 namespace support {
 namespace {
 
@@ -137,15 +139,14 @@ std::vector<std::int32_t> Components(const RPPixelMap& pixels) {
 }
 
 std::unique_ptr<GW_World> WorldOf(const RPPixelMap& pixels, const std::vector<Rgb>& palette) {
-    std::unique_ptr<GW_World> world(GW_World::New(pixels.Width(), pixels.Height(), 8, 0));
+    std::vector<Argb> colours;
     for (std::int32_t y = 0; y < pixels.Height(); ++y) {
-        auto* out = static_cast<std::uint8_t*>(world->data) + std::int64_t{y} * world->row_bytes;
         for (std::int32_t x = 0; x < pixels.Width(); ++x) {
-            *out++ = 255;
-            out = std::copy_n(palette[pixels.Row(y)[x]].begin(), 3, out);
+            const auto [r, g, b] = palette[pixels.Row(y)[x]];
+            colours.push_back({255, r, g, b});
         }
     }
-    return world;
+    return ::WorldOf(pixels.Width(), pixels.Height(), colours);
 }
 
 RPTrace TraceOf(const RPPixelMap& pixels, const std::vector<Rgb>& palette) {

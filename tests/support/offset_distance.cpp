@@ -56,9 +56,7 @@ std::vector<Segment> BoundaryOf(const SegmentField& outline) {
     for (const Segment& s : outline.Segments()) {
         const Point span = Minus(s.to, s.from);
         std::vector<double> cuts = {0, 1};
-        const Point low = {std::min(s.from.x, s.to.x), std::min(s.from.y, s.to.y)};
-        const Point high = {std::max(s.from.x, s.to.x), std::max(s.from.y, s.to.y)};
-        outline.ForEachNear(low, high, [&](std::size_t j) {
+        outline.ForEachInRows(std::min(s.from.y, s.to.y), std::max(s.from.y, s.to.y), [&](std::size_t j) {
             const Segment& o = outline.Segments()[j];
             const Point other = Minus(o.to, o.from);
             const double parallel = CrossOf(span, other);
@@ -91,22 +89,13 @@ std::vector<Segment> BoundaryOf(const SegmentField& outline) {
 SegmentField::SegmentField(std::vector<Segment> segments) : segments_(std::move(segments)) {
     if (segments_.empty()) return;
     const auto [low, high] = BuildBox(1, 0, segments_.size());
-    origin_ = low;
     const double width = high.x - low.x, height = high.y - low.y;
-    cell_ = std::max({std::sqrt(width * height / static_cast<double>(segments_.size())), (width + height) / 2000, 1e-3});
-    columns_ = static_cast<int>(width / cell_) + 1;
-    rows_ = static_cast<int>(height / cell_) + 1;
-    buckets_.resize(static_cast<std::size_t>(columns_) * static_cast<std::size_t>(rows_));
-    by_row_.resize(static_cast<std::size_t>(rows_));
+    top_ = low.y;
+    row_height_ = std::max({std::sqrt(width * height / static_cast<double>(segments_.size())), (width + height) / 2000, 1e-3});
+    by_row_.resize(static_cast<std::size_t>(height / row_height_) + 1);
     for (std::uint32_t i = 0; i < segments_.size(); ++i) {
         const Segment& s = segments_[i];
-        for (int r = Row(std::min(s.from.y, s.to.y)); r <= Row(std::max(s.from.y, s.to.y)); ++r) {
-            by_row_[static_cast<std::size_t>(r)].push_back(i);
-            for (int c = Column(std::min(s.from.x, s.to.x)); c <= Column(std::max(s.from.x, s.to.x)); ++c) {
-                buckets_[static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(c)]
-                    .push_back(i);
-            }
-        }
+        for (std::size_t r = Row(std::min(s.from.y, s.to.y)); r <= Row(std::max(s.from.y, s.to.y)); ++r) by_row_[r].push_back(i);
     }
 }
 
@@ -156,9 +145,9 @@ void SegmentField::Search(Point p, std::size_t node, std::size_t begin, std::siz
 }
 
 int SegmentField::Winding(Point p) const {
-    if (segments_.empty() || p.y < origin_.y || p.y > origin_.y + cell_ * rows_) return 0;
+    if (segments_.empty() || p.y < top_ || p.y > top_ + row_height_ * static_cast<double>(by_row_.size())) return 0;
     int winding = 0;
-    for (const std::uint32_t i : by_row_[static_cast<std::size_t>(Row(p.y))]) {
+    for (const std::uint32_t i : by_row_[Row(p.y)]) {
         const Segment& s = segments_[i];
         const double side = CrossOf(Minus(s.to, s.from), Minus(p, s.from));
         if (s.from.y <= p.y && s.to.y > p.y && side > 0) ++winding;
@@ -167,18 +156,14 @@ int SegmentField::Winding(Point p) const {
     return winding;
 }
 
-void SegmentField::ForEachNear(Point low, Point high, const std::function<void(std::size_t)>& visit) const {
-    for (int r = Row(low.y); r <= Row(high.y); ++r) {
-        for (int c = Column(low.x); c <= Column(high.x); ++c) {
-            for (const std::uint32_t i : Bucket(c, r)) visit(i);
-        }
+void SegmentField::ForEachInRows(double low, double high, const std::function<void(std::size_t)>& visit) const {
+    for (std::size_t r = Row(low); r <= Row(high); ++r) {
+        for (const std::uint32_t i : by_row_[r]) visit(i);
     }
 }
 
-int SegmentField::Column(double x) const { return static_cast<int>(std::clamp((x - origin_.x) / cell_, 0.0, columns_ - 1.0)); }
-int SegmentField::Row(double y) const { return static_cast<int>(std::clamp((y - origin_.y) / cell_, 0.0, rows_ - 1.0)); }
-const std::vector<std::uint32_t>& SegmentField::Bucket(int column, int row) const {
-    return buckets_[static_cast<std::size_t>(row) * static_cast<std::size_t>(columns_) + static_cast<std::size_t>(column)];
+std::size_t SegmentField::Row(double y) const {
+    return static_cast<std::size_t>(std::clamp((y - top_) / row_height_, 0.0, static_cast<double>(by_row_.size() - 1)));
 }
 
 FilledRegion::FilledRegion(const PathView& path) : outline_(Chords(path, kSourceTolerance)), boundary_(BoundaryOf(outline_)) {}

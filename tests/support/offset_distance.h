@@ -6,7 +6,7 @@
 
 #include "refhost/engine/offset.h"
 
-/// Line segments in a grid of buckets, for plain nearest-segment and winding queries. Slow and simple on purpose: it shares no
+/// Line segments by rows, for plain nearest-segment and winding queries. Slow and simple on purpose: it shares no
 /// code with what it judges.
 class SegmentField {
  public:
@@ -18,8 +18,8 @@ class SegmentField {
     const std::vector<Segment>& Segments() const { return segments_; }
     double NearestDistance(refhost::Point p) const;  // infinite without segments
     int Winding(refhost::Point p) const;             // segments taken as closed chains
-    /// Every segment whose bucket the box touches, some of them more than once.
-    void ForEachNear(refhost::Point low, refhost::Point high, const std::function<void(std::size_t)>& visit) const;
+    /// Every segment in a row that the heights from `low` to `high` touch, some of them more than once.
+    void ForEachInRows(double low, double high, const std::function<void(std::size_t)>& visit) const;
 
  private:
     struct Box {
@@ -30,16 +30,11 @@ class SegmentField {
     Box BuildBox(std::size_t node, std::size_t begin, std::size_t end);
     double DistanceToBox(refhost::Point p, std::size_t node) const;
     void Search(refhost::Point p, std::size_t node, std::size_t begin, std::size_t end, double& nearest) const;
-    int Column(double x) const;
-    int Row(double y) const;
-    const std::vector<std::uint32_t>& Bucket(int column, int row) const;
+    std::size_t Row(double y) const;
 
     std::vector<Segment> segments_;
     std::vector<Box> boxes_;  // a binary hierarchy over runs of segments
-    refhost::Point origin_{};
-    double cell_ = 1;
-    int columns_ = 1, rows_ = 1;
-    std::vector<std::vector<std::uint32_t>> buckets_;
+    double top_ = 0, row_height_ = 1;
     std::vector<std::vector<std::uint32_t>> by_row_;
 };
 

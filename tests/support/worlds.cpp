@@ -24,27 +24,19 @@ Argb GetPixel(const GW_World& world, std::int32_t x, std::int32_t y) {
 
 }  // namespace
 
-std::unique_ptr<GW_World> WorldOf(std::int32_t width, std::int32_t height, std::initializer_list<Argb> pixels) {
+std::unique_ptr<GW_World> WorldOf(std::int32_t width, std::int32_t height, const std::vector<Argb>& pixels) {
     std::unique_ptr<GW_World> world(GW_World::New(width, height, 8, 0));
-    std::int32_t i = 0;
-    for (const Argb pixel : pixels) {
-        SetPixel(*world, i % width, i / width, pixel);
-        ++i;
-    }
+    for (std::int32_t i = 0; i < width * height; ++i) SetPixel(*world, i % width, i / width, pixels[static_cast<std::size_t>(i)]);
     return world;
 }
 
 std::unique_ptr<GW_World> Drawing(const std::string& rows) {
-    const auto width = static_cast<std::int32_t>(std::min(rows.find(' '), rows.size()));
-    const auto height = static_cast<std::int32_t>(std::ranges::count(rows, ' ')) + 1;
-    std::unique_ptr<GW_World> world(GW_World::New(width, height, 8, 0));
-    for (std::int32_t y = 0; y < height; ++y) {
-        for (std::int32_t x = 0; x < width; ++x) {
-            const bool set = rows.at(static_cast<std::size_t>(y * (width + 1) + x)) == '#';
-            SetPixel(*world, x, y, set ? Argb{255, 255, 255, 255} : Argb{255, 0, 0, 0});
-        }
+    std::vector<Argb> pixels;
+    for (const char c : rows) {
+        if (c != ' ') pixels.push_back(c == '#' ? Argb{255, 255, 255, 255} : Argb{255, 0, 0, 0});
     }
-    return world;
+    const auto height = static_cast<std::int32_t>(std::ranges::count(rows, ' ')) + 1;
+    return WorldOf(static_cast<std::int32_t>(pixels.size()) / height, height, pixels);
 }
 
 std::string SetPixels(const GW_World& world) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,7 +14,7 @@ struct Argb {
     friend bool operator==(const Argb&, const Argb&) = default;
 };
 
-std::unique_ptr<GW_World> WorldOf(std::int32_t width, std::int32_t height, std::initializer_list<Argb> pixels);
+std::unique_ptr<GW_World> WorldOf(std::int32_t width, std::int32_t height, const std::vector<Argb>& pixels);
 
 /// White where the rows, separated by blanks, have a #, black elsewhere; opaque.
 std::unique_ptr<GW_World> Drawing(const std::string& rows);
