@@ -1,6 +1,5 @@
 // Masks of any shape, parameters and transform, into coverage buffers and into layers.
 
-#include <algorithm>
 #include <cstring>
 
 #include "api/vrl.h"

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <numbers>
 #include <random>
 
 #include "base/errors.h"

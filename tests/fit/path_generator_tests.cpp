@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <random>
 
 #include "fit/outline_preparation.h"
@@ -82,7 +81,7 @@ LatticeLine Stairs(std::uint32_t seed) {
     return line;
 }
 
-/// The outlines of the pixels that half of is covered.
+/// The outlines of the pixels of which half is covered.
 std::vector<LatticeLine> PixelsOf(const support::Outline& outline) {
     constexpr std::int32_t kSide = 220;
     support::Bits bits(kSide, kSide);

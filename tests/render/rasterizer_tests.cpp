@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <array>
-#include <cmath>
 #include <random>
 
 #include "refhost/engine/binding.h"

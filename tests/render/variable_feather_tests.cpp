@@ -1,11 +1,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
 #include <set>
 
-#include "api/vrl.h"
 #include "host/fill_painter.h"
 #include "refhost/shape/feather_points.h"
 #include "render/variable_feather_rasterizer.h"
@@ -121,6 +119,6 @@ TEST(VariableFeather, ASpanOfNothingIsOneRingAndLongSpansAreCapped) {
         const auto steps = std::adjacent_find(line.begin(), line.end(), std::less<>()) == line.end();
         EXPECT_TRUE(steps);  // never rises outwards
         const std::set<GW_Pixel16> levels(line.begin(), line.end());
-        EXPECT_GT(levels.size(), smooth ? 500U : 350U);
+        EXPECT_GT(levels.size(), smooth ? 950U : 650U);  // of 540 and 360 rings, most of which end inside a pixel
     }
 }

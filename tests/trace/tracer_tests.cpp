@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
-#include <numeric>
 #include <random>
 #include <string>
 #include <utility>
