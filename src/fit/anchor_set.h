@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <list>
 
 #include "base/owner.h"
 #include "fit/pool.h"
@@ -20,10 +19,12 @@ struct CFAnchor {
     float value;         // cosine of the corner, -1 straight on to 1 doubling back; 0 where no test gave one
 };
 
+using CFAnchorList = CFPoolList<CFAnchor*>;
+
 /// The anchors of a chain in increasing index order. Borrows the chain and its ranking.
 struct CFAnchorSet {
     CFAnchorSet(const CFSegment& chain, const CFRanking& scores)
-        : anchors(new std::list<CFAnchor*>), segment(&chain), ranking(&scores) {}
+        : anchors(new CFAnchorList), segment(&chain), ranking(&scores) {}
 
     void Append(CFAnchor anchor) {
         ts::auto_ptr<CFAnchor> owned = ts::make_auto<CFAnchor>(anchor);
@@ -31,7 +32,7 @@ struct CFAnchorSet {
         owned.release();
     }
 
-    ts::auto_ctr<std::list<CFAnchor*>> anchors;
+    ts::auto_ctr<CFAnchorList> anchors;
     const CFSegment* segment;
     const CFRanking* ranking;
 };

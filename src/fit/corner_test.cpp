@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <iterator>
-#include <list>
 #include <utility>
 
 #include "base/errors.h"
@@ -151,7 +150,7 @@ void SuppressNeighbours(const CFWindow& window, CFAnchorSet& anchors) {
     if (anchors.anchors->size() < 2) return;
     const CFAnchorSet found = std::move(anchors);
     anchors = CFAnchorSet(*found.segment, *found.ranking);
-    const std::list<CFAnchor*>& corners = *found.anchors;
+    const CFAnchorList& corners = *found.anchors;
     for (auto run = corners.begin(); run != corners.end();) {
         const CFAnchor* strongest = *run;
         std::int32_t last = strongest->index;
@@ -177,7 +176,7 @@ void Prepend(CFAnchorSet& anchors, CFAnchor anchor) {
 }
 
 void AddEndAnchors(const CFWindow& window, CFAnchorSet& anchors) {
-    const std::list<CFAnchor*>& list = *anchors.anchors;
+    const CFAnchorList& list = *anchors.anchors;
     if (window.IsClosed()) {
         if (list.empty()) anchors.Append({kAnchorSmooth, 0, 0.0F});
         return;

@@ -21,7 +21,7 @@ CF1CurveFitter::CF1CurveFitter(float tolerance, const CFTangentEstimator* estima
 }
 
 void CF1CurveFitter::Fit(const CFAnchorSet& anchors, CFSplineResult& result, std::vector<CFSpanFit>& known) {
-    const std::list<CFAnchor*>& list = *anchors.anchors;
+    const CFAnchorList& list = *anchors.anchors;
     if (list.empty()) throw kBrokenInvariant;
     if (list.size() == 1) return FitSpan(LoopView(anchors, *list.front()), known, result);
 

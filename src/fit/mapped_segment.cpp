@@ -25,6 +25,7 @@ CFSegmentMapping::CFSegmentMapping(const CFSegment& outline) {
     const std::int32_t count = outline.Count();
     centres_.resize(static_cast<std::size_t>(count));
     creators_.resize(static_cast<std::size_t>(count));
+    centres_.front() = creators_.front() = 0;
     const CFPoint first = CentreBeside(outline, 0);
     CFPoint last = first;
     std::size_t met = 1;

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <list>
+#include <new>
+#include <utility>
 #include <vector>
 
 /// Storage for small blocks. One that is given back is kept for the next of its size and thread: fitting makes and drops its
@@ -30,8 +33,19 @@ struct CFPoolAllocator {
 
     T* allocate(std::size_t count) { return static_cast<T*>(CFPool::Take(count * sizeof(T))); }
     void deallocate(T* block, std::size_t count) noexcept { CFPool::GiveBack(block, count * sizeof(T)); }
+    /// Numbers that are given no value are left without one, as most are about to be set.
+    template <class U, class... Arguments>
+    void construct(U* at, Arguments&&... arguments) {
+        if constexpr (sizeof...(arguments) == 0) {
+            ::new (static_cast<void*>(at)) U;
+        } else {
+            ::new (static_cast<void*>(at)) U(std::forward<Arguments>(arguments)...);
+        }
+    }
     friend bool operator==(CFPoolAllocator, CFPoolAllocator) { return true; }
 };
 
 template <class T>
 using CFPoolVector = std::vector<T, CFPoolAllocator<T>>;
+template <class T>
+using CFPoolList = std::list<T, CFPoolAllocator<T>>;

@@ -10,8 +10,8 @@ CFSegment::CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type
     : count_(count), kind_(spacing), type_(type), tag_(tag) {
     if (count < 1) throw kBrokenInvariant;
     const auto stored = static_cast<std::size_t>(count) * (IsClosed() ? 2 : 1);
-    xs_.resize(stored);
-    ys_.resize(stored);
+    xs_.assign(stored, 0.0F);
+    ys_.assign(stored, 0.0F);
 }
 
 void CFSegment::RefuseIndex() { throw std::out_of_range("invalid vector subscript"); }

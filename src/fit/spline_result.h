@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <list>
 
 #include "base/owner.h"
 #include "fit/curve_fitter.h"
@@ -20,7 +19,7 @@ struct CFLocation {
 /// The curves fitted to one chain, in its order. A closed chain starts at its seam and has as many junctions as curves.
 class CFSplineResult {
  public:
-    using Junctions = std::list<CFLocation*>;
+    using Junctions = CFPoolList<CFLocation*>;
     using Iterator = Junctions::iterator;
 
     CFSplineResult() : locations_(new Junctions) {}
