@@ -23,8 +23,7 @@ using CFAnchorList = CFPoolList<CFAnchor*>;
 
 /// The anchors of a chain in increasing index order. Borrows the chain and its ranking.
 struct CFAnchorSet {
-    CFAnchorSet(const CFSegment& chain, const CFRanking& scores)
-        : anchors(new CFAnchorList), segment(&chain), ranking(&scores) {}
+    CFAnchorSet(const CFSegment& chain, const CFRanking& scores) : anchors(new CFAnchorList), segment(&chain), ranking(&scores) {}
 
     void Append(CFAnchor anchor) {
         ts::auto_ptr<CFAnchor> owned = ts::make_auto<CFAnchor>(anchor);

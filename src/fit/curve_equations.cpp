@@ -31,7 +31,8 @@ struct RunSums {
 
 constexpr std::int32_t kRun = 4 * kLanes;
 
-HermiteSums SumOver(const CF1CurveView& view);
+/// For a curve from `start` along `chord`.
+HermiteSums SumOver(const CFCurvePoints& points, CFPoint start, CFPoint chord);
 
 CFBezier3 CurveOf(CFPoint start, CFPoint end, const CFCurveEquations::EndDerivatives& derivatives);
 bool IsFinite(const CFBezier3& curve);
@@ -47,10 +48,9 @@ double Dot(CFPoint a, CFPoint b) {
 
 }  // namespace
 
-CFBezier3 CFCurveEquations::Fit(const CF1CurveView& view) {
-    const CF1CurveViewConstraints& constraints = view.Constraints();
+CFBezier3 CFCurveEquations::Fit(const CFCurvePoints& points, const CF1CurveViewConstraints& constraints) {
     const CFPoint start = constraints.start.value, end = constraints.end.value;
-    const HermiteSums sums = SumOver(view);
+    const HermiteSums sums = SumOver(points, start, end - start);
     EndDerivatives derivatives;
     if (SolveFor(sums, constraints, derivatives)) {
         const CFBezier3 curve = CurveOf(start, end, derivatives);
@@ -79,9 +79,10 @@ bool CFCurveEquations::SolveForFreeEnds(const HermiteSums& sums, EndDerivatives&
     return true;
 }
 
-bool CFCurveEquations::SolveFor(const HermiteSums& sums, std::initializer_list<Unknown> unknowns, EndDerivatives& derivatives) {
-    matrix_.Resize(unknowns.size() * unknowns.size());
-    rhs_.Resize(unknowns.size());
+template <std::size_t kCount>
+bool CFCurveEquations::SolveFor(const HermiteSums& sums, const Unknown (&unknowns)[kCount], EndDerivatives& derivatives) {
+    matrix_.Resize(kCount * kCount);
+    rhs_.Resize(kCount);
     std::size_t row = 0, entry = 0;
     for (const auto& [at_end, direction] : unknowns) {
         for (const Unknown& other : unknowns) {
@@ -102,12 +103,8 @@ bool CFCurveEquations::SolveFor(const HermiteSums& sums, std::initializer_list<U
 
 namespace {
 
-HermiteSums SumOver(const CF1CurveView& view) {
-    const CFPoint start = view.Constraints().start.value, chord = view.Constraints().end.value - start;
-    const float* const xs = view.Window().X();
-    const float* const ys = view.Window().Y();
-    const float* const ts = view.Parameters().Data();
-    const std::int32_t count = view.Window().Count();
+HermiteSums SumOver(const CFCurvePoints& points, CFPoint start, CFPoint chord) {
+    const auto& [count, xs, ys, ts] = points;
 
     HermiteSums sums;
     for (std::int32_t first = 0; first < count; first += kRun) {

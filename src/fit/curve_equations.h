@@ -1,17 +1,17 @@
 #pragma once
 
-#include <initializer_list>
+#include <cstddef>
 
 #include "fit/bezier.h"
 #include "fit/curve_view.h"
 #include "fit/vector_x.h"
 
-/// Finds the cubic nearest to the points of a view, in the sum of squares at their parameters, that meets its end
-/// constraints. The storage is used again for every fit.
+/// Finds the cubic nearest to points, in the sum of squares at their parameters, that meets the constraints of its ends.
+/// The storage is used again for every fit.
 class CFCurveEquations {
  public:
     /// The nearest curve; a straight one with handles at thirds of the chord where the points do not fix it.
-    CFBezier3 Fit(const CF1CurveView& view);
+    CFBezier3 Fit(const CFCurvePoints& points, const CF1CurveViewConstraints& constraints);
 
     /// Sums over the points, of products of the factors of both end derivatives and of what is left of the point without them.
     struct HermiteSums {
@@ -32,7 +32,8 @@ class CFCurveEquations {
     bool SolveFor(const HermiteSums& sums, const CF1CurveViewConstraints& constraints, EndDerivatives& derivatives);
     bool SolveForFreeEnds(const HermiteSums& sums, EndDerivatives& derivatives);
     /// Adds the multiples of the unknowns to the derivatives; false when the equations do not fix them.
-    bool SolveFor(const HermiteSums& sums, std::initializer_list<Unknown> unknowns, EndDerivatives& derivatives);
+    template <std::size_t kCount>
+    bool SolveFor(const HermiteSums& sums, const Unknown (&unknowns)[kCount], EndDerivatives& derivatives);
 
     CFVectorX<float> matrix_, rhs_;
 };

@@ -6,6 +6,7 @@
 
 #include "base/errors.h"
 #include "fit/curve_refinement.h"
+#include "fit/curve_view_proxy.h"
 #include "fit/spline_result.h"
 
 namespace {
@@ -76,9 +77,8 @@ void CF1CurveFitter::AddOrSplit(Attempt attempt, std::int32_t depth, CFSplineRes
 }
 
 CFBezier3 CF1CurveFitter::FitCurve(const CF1CurveView& view) {
-    if (view.Window().Count() >= CF1CurveViewProxy::kEnoughPoints) return equations_.Fit(view);
-    const CFSegment substitute = SubstituteChain(view.Window());
-    return equations_.Fit(CF1CurveViewProxy(view, substitute));
+    if (view.Window().Count() >= CF1CurveViewProxy::kEnoughPoints) return equations_.Fit(view.Points(), view.Constraints());
+    return equations_.Fit(CF1CurveViewProxy(view.Window()).Points(), view.Constraints());
 }
 
 void CF1CurveFitter::SplitView(const CF1CurveView& view, ts::auto_ptr<CF1CurveView>& first,

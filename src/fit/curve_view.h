@@ -10,6 +10,12 @@
 #include "fit/view.h"
 #include "fit/window.h"
 
+/// Points that a cubic is fitted to and their parameters, as arrays that lie elsewhere.
+struct CFCurvePoints {
+    std::int32_t count;
+    const float *xs, *ys, *ts;
+};
+
 /// A span of a chain that one cubic is fitted to: its points, their parameters, the conditions at its ends and the way it
 /// is cut when one cubic is not enough. Borrows the chain.
 class CF1CurveView : public CFView, public CFPooled {
@@ -27,6 +33,7 @@ class CF1CurveView : public CFView, public CFPooled {
     const CFWindow& Window() const { return *window_; }
     const CFTVals& Parameters() const { return parameters_; }
     CFTVals& Parameters() { return parameters_; }
+    CFCurvePoints Points() const { return {window_->Count(), window_->X(), window_->Y(), parameters_.Data()}; }
     const CF1CurveViewConstraints& Constraints() const { return constraints_; }
     const CFSubdivRule& Rule() const { return *rule_; }
 
@@ -40,18 +47,4 @@ class CF1CurveView : public CFView, public CFPooled {
     CFTVals parameters_;
     CF1CurveViewConstraints constraints_;
     ts::auto_ptr<CFSubdivRule> rule_;
-};
-
-/// The chain that stands in for a span of fewer than `CF1CurveViewProxy::kEnoughPoints` points: with points added between
-/// those of a span of 2 or 3, and smoothed.
-CFSegment SubstituteChain(const CFWindow& window);
-
-/// Stands in for the view of a short span, which holds too few points to fix a cubic: over a substitute chain, with even
-/// parameters and the end conditions of the short view.
-class CF1CurveViewProxy : public CF1CurveView {
- public:
-    /// Spans of fewer points are fitted by way of a proxy.
-    static constexpr std::int32_t kEnoughPoints = 7;
-
-    CF1CurveViewProxy(const CF1CurveView& view, const CFSegment& substitute);
 };

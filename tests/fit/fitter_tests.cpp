@@ -7,6 +7,7 @@
 #include "fit/curve_equations.h"
 #include "fit/curve_fitter.h"
 #include "fit/curve_refinement.h"
+#include "fit/curve_view_proxy.h"
 #include "fit/spline_result.h"
 #include "tests/support/pixel_outlines.h"
 
@@ -52,6 +53,8 @@ double FurthestControl(const CFBezier3& a, const CFBezier3& b) {
 }
 
 // --- The least squares of one span ---
+
+CFBezier3 Fit(CFCurveEquations& equations, const CF1CurveView& view) { return equations.Fit(view.Points(), view.Constraints()); }
 
 /// Plain least squares in double: the handles are P0 and P3 plus sums of unknown multiples of directions.
 CFBezier3 PlainFit(const CF1CurveView& view) {
@@ -126,7 +129,7 @@ TEST(CurveEquations, AgreeWithPlainLeastSquaresInDouble) {
         const CFTangentConstraint start(random() % 2 == 0, {uniform(5, 20), uniform(-9, 9)}),
             end(random() % 2 == 0, {uniform(5, 20), 3});
         const CF1CurveView view = ViewAt(chain, ts, start, end);
-        EXPECT_LT(FurthestControl(equations.Fit(view), PlainFit(view)), 1e-3) << round;
+        EXPECT_LT(FurthestControl(Fit(equations, view), PlainFit(view)), 1e-3) << round;
     }
 }
 
@@ -136,35 +139,36 @@ TEST(CurveEquations, WhatThePointsDoNotFixIsAStraightLine) {
     CFCurveEquations equations;
     for (const auto& [start, end] :
          {std::pair{no_direction, no_direction}, std::pair{kCorner, no_direction}, std::pair{not_a_number, kCorner}}) {
-        EXPECT_LT(FurthestControl(equations.Fit(ViewOf(chain, start, end)), CFBezier3({3, 3}, {5, 3}, {7, 3}, {9, 3})), 1e-6);
+        EXPECT_LT(FurthestControl(Fit(equations, ViewOf(chain, start, end)), CFBezier3({3, 3}, {5, 3}, {7, 3}, {9, 3})), 1e-6);
     }
     const CFSegment heap = ChainOf(LatticeLine(9, {4, 4}), kSpacingUnitSteps, kChainOpen);
-    EXPECT_LT(FurthestControl(equations.Fit(ViewOf(heap, kCorner, no_direction)), CFBezier3({4, 4}, {4, 4}, {4, 4}, {4, 4})),
+    EXPECT_LT(FurthestControl(Fit(equations, ViewOf(heap, kCorner, no_direction)), CFBezier3({4, 4}, {4, 4}, {4, 4}, {4, 4})),
               1e-6);
 }
 
 // --- Short spans ---
 
 TEST(CurveViewProxy, AddsPointsToSpansOfTwoAndThreeAndSmoothsAll) {
-    const auto substitute = [](const LatticeLine& points) {
+    const auto proxy_of = [](const LatticeLine& points) {
         const CFSegment chain = ChainOf(points, kSpacingUnitSteps, kChainOpen);
-        return SubstituteChain(*Span(chain, 0, chain.Count() - 1));
+        return CF1CurveViewProxy(*Span(chain, 0, chain.Count() - 1));
     };
-    const CFSegment of_two = substitute({{0, 0}, {3, 0}});
-    ASSERT_EQ(of_two.Count(), 4);
-    for (int j = 0; j < 4; ++j) EXPECT_NEAR(of_two.Point(j).x, static_cast<float>(j), 1e-5F) << "straight points do not move";
+    const CF1CurveViewProxy proxy_of_two = proxy_of({{0, 0}, {3, 0}}), proxy_of_three = proxy_of({{0, 0}, {2, 2}, {4, 0}});
+    const CFCurvePoints of_two = proxy_of_two.Points(), of_three = proxy_of_three.Points();
+    ASSERT_EQ(of_two.count, 4);
+    for (int j = 0; j < 4; ++j) {
+        EXPECT_NEAR(of_two.xs[j], static_cast<float>(j), 1e-5F) << "straight points do not move";
+        EXPECT_FLOAT_EQ(of_two.ts[j], static_cast<float>(j) / 3);
+    }
 
     // One inner point between fixed ends: every sweep moves it by a share of its way to the middle, (2, 0).
-    const CFSegment of_three = substitute({{0, 0}, {2, 2}, {4, 0}});
-    ASSERT_EQ(of_three.Count(), 5);
-    EXPECT_EQ(of_three.Point(0), (CFPoint{0, 0}));
-    EXPECT_EQ(of_three.Point(4), (CFPoint{4, 0}));
+    ASSERT_EQ(of_three.count, 5);
     double y[5] = {0, 1, 2, 1, 0};
     for (const double factor : {0.47464985, -0.48618832, 0.47464985, -0.48618832, 0.47464985}) {
         for (int j = 1; j < 4; ++j) y[j] -= factor * (y[j] - (y[j - 1] + y[j + 1]) / 2);
     }
-    for (int j = 1; j < 4; ++j) EXPECT_NEAR(of_three.Point(j).y, y[j], 1e-5);
-    EXPECT_EQ(substitute({{0, 0}, {1, 0}, {1, 1}, {2, 1}, {2, 2}, {3, 2}}).Count(), 6);
+    for (int j = 0; j < 5; ++j) EXPECT_NEAR(of_three.ys[j], y[j], 1e-5);
+    EXPECT_EQ(proxy_of({{0, 0}, {1, 0}, {1, 1}, {2, 1}, {2, 2}, {3, 2}}).Points().count, 6);
 }
 
 // --- The search for the nearest parameter ---
