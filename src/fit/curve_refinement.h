@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "fit/bezier.h"
+#include "fit/parameter_search.h"
 #include "fit/t_vals.h"
 #include "fit/window.h"
 
@@ -12,13 +12,6 @@ class CFNewtonFunc {
     virtual ~CFNewtonFunc() = default;
     /// The value and the derivative at `t`.
     virtual void Evaluate(float t, float& f, float& df) const = 0;
-};
-
-/// A cubic in powers of t, seen from its first control point.
-struct CurvePowers {
-    explicit CurvePowers(const CFBezier3& curve);
-
-    float x[3], y[3];  // factors of t, t^2 and t^3
 };
 
 /// Zero where the curve is at a right angle to the line from it to a target, as it is at the point nearest to the target:

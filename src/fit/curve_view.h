@@ -4,17 +4,12 @@
 
 #include "base/owner.h"
 #include "fit/constraints.h"
+#include "fit/curve_points.h"
 #include "fit/pool.h"
 #include "fit/subdivision_rule.h"
 #include "fit/t_vals.h"
 #include "fit/view.h"
 #include "fit/window.h"
-
-/// Points that a cubic is fitted to and their parameters, as arrays that lie elsewhere.
-struct CFCurvePoints {
-    std::int32_t count;
-    const float *xs, *ys, *ts;
-};
 
 /// A span of a chain that one cubic is fitted to: its points, their parameters, the conditions at its ends and the way it
 /// is cut when one cubic is not enough. Borrows the chain.

@@ -1,46 +1,73 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
-// Four numbers computed side by side, by the compilers' vector types: the results are those of one by one.
+// Numbers computed side by side, by the compilers' vector types: the results are those of one by one. Everything is inlined
+// even without optimisation: units compiled for different processors share no function.
 
-inline constexpr std::int32_t kLanes = 4;
+inline constexpr std::int32_t kLanes = 4;  // as many as every processor has room for
 using Lanes = float __attribute__((vector_size(kLanes * sizeof(float))));
 using LaneFlags = std::int32_t __attribute__((vector_size(kLanes * sizeof(float))));  // all bits of a lane are set or none
 
-inline Lanes Load(const float* values) {
-    Lanes lanes;
+inline constexpr std::int32_t kWideLanes = 8;  // with AVX
+using WideLanes = float __attribute__((vector_size(kWideLanes * sizeof(float))));
+
+template <class Values>
+using FlagsOf = decltype(Values{} < Values{});
+
+#define VRL_INLINE [[gnu::always_inline]] inline
+
+template <class Values = Lanes>
+VRL_INLINE Values Load(const float* values) {
+    Values lanes;
     std::memcpy(&lanes, values, sizeof lanes);
     return lanes;
 }
 
 /// The first `count` lanes, 1 to 3, from `values`, 0 in the others.
-inline Lanes LoadPart(const float* values, std::int32_t count) {
+VRL_INLINE Lanes LoadPart(const float* values, std::int32_t count) {
     return Lanes{values[0], count > 1 ? values[1] : 0.0F, count > 2 ? values[2] : 0.0F, 0.0F};
 }
 
-inline void Store(Lanes lanes, float* values) { std::memcpy(values, &lanes, sizeof lanes); }
-
-inline bool AnySet(LaneFlags flags) {
-    std::uint64_t halves[2];
-    std::memcpy(halves, &flags, sizeof halves);
-    return (halves[0] | halves[1]) != 0;
+template <class Values>
+VRL_INLINE void Store(Values lanes, float* values) {
+    std::memcpy(values, &lanes, sizeof lanes);
 }
 
-inline bool AllSet(LaneFlags flags) {
-    std::uint64_t halves[2];
-    std::memcpy(halves, &flags, sizeof halves);
-    return (halves[0] & halves[1]) == ~std::uint64_t{0};
+template <class Flags>
+VRL_INLINE bool AnySet(Flags flags) {
+    std::uint64_t parts[sizeof flags / sizeof(std::uint64_t)], any = 0;
+    std::memcpy(parts, &flags, sizeof parts);
+    for (const std::uint64_t part : parts) any |= part;
+    return any != 0;
+}
+
+template <class Flags>
+VRL_INLINE bool AllSet(Flags flags) {
+    return !AnySet(~flags);
 }
 
 /// `a` where the flags are set, `b` elsewhere.
-inline Lanes Select(LaneFlags flags, Lanes a, Lanes b) {
-    const auto bits = std::bit_cast<LaneFlags>(b);
-    return std::bit_cast<Lanes>(bits ^ (flags & (bits ^ std::bit_cast<LaneFlags>(a))));
+template <class Values>
+VRL_INLINE Values Select(FlagsOf<Values> flags, Values a, Values b) {
+#if defined(__AVX__)
+    return flags ? a : b;  // one instruction
+#else
+    const auto bits = __builtin_bit_cast(FlagsOf<Values>, b);
+    return __builtin_bit_cast(Values, bits ^ (flags & (bits ^ __builtin_bit_cast(FlagsOf<Values>, a))));
+#endif
 }
 
-inline Lanes Magnitude(Lanes x) { return std::bit_cast<Lanes>(std::bit_cast<LaneFlags>(x) & 0x7FFFFFFF); }
-inline Lanes Least(Lanes a, Lanes b) { return b < a ? b : a; }
-inline Lanes Greatest(Lanes a, Lanes b) { return a < b ? b : a; }
+template <class Values>
+VRL_INLINE Values Magnitude(Values x) {
+    return __builtin_bit_cast(Values, __builtin_bit_cast(FlagsOf<Values>, x) & 0x7FFFFFFF);
+}
+template <class Values>
+VRL_INLINE Values Least(Values a, Values b) {
+    return b < a ? b : a;
+}
+template <class Values>
+VRL_INLINE Values Greatest(Values a, Values b) {
+    return a < b ? b : a;
+}

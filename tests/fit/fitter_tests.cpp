@@ -233,7 +233,7 @@ TEST(RefineParameters, BringsTheCurveNearerInOrderOnTheGridWhateverTheBlocks) {
     constexpr int kRounds = 300;
     for (int round = 0; round < kRounds; ++round) {
         const CFBezier3 cubic({0, 0}, {uniform(-20, 60), uniform(-60, 60)}, {uniform(20, 90), uniform(-60, 60)}, {90, 10});
-        const std::int32_t count = 12 + static_cast<std::int32_t>(random() % 60);
+        const std::int32_t count = 7 + static_cast<std::int32_t>(random() % 65);
         LatticeLine points = PointsOf(cubic, count);
         for (CFPoint& p : points) p = {std::round(p.x * 2) / 2, p.y + uniform(-2, 2)};
         const CFSegment chain = ChainOf(points, kSpacingUnitSteps, kChainOpen);
@@ -251,6 +251,23 @@ TEST(RefineParameters, BringsTheCurveNearerInOrderOnTheGridWhateverTheBlocks) {
         nearer += sum_of_squares() <= before ? 1 : 0;
     }
     EXPECT_GE(nearer, kRounds * 97 / 100) << "only the grid and the order can move a point away";
+}
+
+TEST(ParameterSearches, FindTheSameOnEveryProcessor) {
+    const CFBezier3 cubic({0, 0}, {30, -40}, {70, 50}, {90, 10});
+    for (std::int32_t count = 4; count < 40; ++count) {
+        LatticeLine line = PointsOf(cubic, count);
+        for (CFPoint& p : line) p = {std::round(p.x), std::round(p.y)};
+        const CFSegment chain = ChainOf(line, kSpacingUnitSteps, kChainOpen);
+        std::vector<float> expected;
+        for (const CFParameterSearch search : ParameterSearches()) {
+            CFTVals ts(chain.X(), chain.Y(), count, kSpacingGeneral);
+            search(CurvePowers(cubic), {count, chain.X(), chain.Y(), ts.Data()}, &ts[0]);
+            const std::vector<float> found(ts.Data(), ts.Data() + count);
+            if (expected.empty()) expected = found;
+            EXPECT_EQ(found, expected) << count;
+        }
+    }
 }
 
 TEST(RefineParameters, LeavesFewPointsAloneAndEndsOnChordLengthsForALittleMore) {
