@@ -19,7 +19,8 @@ CFQuadRange::CFQuadRange(const CFWindow& window, std::int32_t first, std::int32_
       count_(count),
       xs_(window.Segment().X() + ChainIndex(window, first)),
       ys_(window.Segment().Y() + ChainIndex(window, first)),
-      parameters_(xs_, ys_, count, window.Kind()) {}
+      even_(window.Kind() == kSpacingUnitSteps),
+      parameters_(even_ ? CFTVals() : CFTVals(xs_, ys_, count, window.Kind())) {}
 
 CFNeighbourhood::CFNeighbourhood(const CFWindow& window, std::int32_t k, std::int32_t half_width) {
     const std::int32_t last = window.Count() - 1;

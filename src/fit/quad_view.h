@@ -15,12 +15,14 @@ class CFQuadRange {
     std::int32_t First() const { return first_; }
     std::int32_t Count() const { return count_; }
     CFPoint Point(std::int32_t j) const { return {xs_[j], ys_[j]}; }
-    float Parameter(std::int32_t j) const { return parameters_[j]; }
+    bool IsEven() const { return even_; }  // its parameters are, whatever its points
+    float Parameter(std::int32_t j) const { return even_ ? EvenParameter(j, count_) : parameters_[j]; }
 
  private:
     std::int32_t first_, count_;
     const float *xs_, *ys_;
-    CFTVals parameters_;
+    bool even_;
+    CFTVals parameters_;  // none where they are even
 };
 
 /// How far the neighbourhood of one point of a window reaches: as many points on either side as the half-width says, but no

@@ -57,8 +57,7 @@ namespace {
 
 void SetEven(CFPoolVector<float>& values) {
     const auto count = static_cast<std::int32_t>(values.size());
-    const float last = static_cast<float>(std::max(count - 1, 1));
-    for (std::int32_t j = 0; j < count; ++j) values[static_cast<std::size_t>(j)] = static_cast<float>(j) / last;
+    for (std::int32_t j = 0; j < count; ++j) values[static_cast<std::size_t>(j)] = EvenParameter(j, count);
 }
 
 bool SetChordLengths(CFPoolVector<float>& values, const float* xs, const float* ys) {

@@ -5,6 +5,11 @@
 
 #include "fit/pool.h"
 
+/// Parameter `j` of `count` even ones.
+inline float EvenParameter(std::int32_t j, std::int32_t count) {
+    return static_cast<float>(j) / static_cast<float>(count > 1 ? count - 1 : 1);
+}
+
 /// The curve parameter of every point of a range: from 0 to 1, never decreasing.
 class CFTVals {
  public:
@@ -12,6 +17,8 @@ class CFTVals {
     /// chord length for any other. Chords that add up to 0, or that give fewer than 4 different values to 4 or more points,
     /// give even parameters too.
     CFTVals(const float* xs, const float* ys, std::int32_t count, std::int32_t spacing);
+    /// None.
+    CFTVals() = default;
     /// Takes ready values.
     explicit CFTVals(CFPoolVector<float> values) : values_(std::move(values)) {}
 
