@@ -1,11 +1,13 @@
 #include "fit/corner_test.h"
 
+#include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <utility>
 
 #include "base/errors.h"
 #include "base/narrow.h"
+#include "fit/lanes.h"
 #include "fit/quad_fit.h"
 
 namespace {
@@ -49,42 +51,38 @@ void Finish(const CFWindow& window, CFAnchorSet& anchors) {
 
 }  // namespace
 
-CFCornerTest::CFCornerTest(float angle, std::int32_t half_width) : angle_(angle), half_width_(half_width) {
+CFCornerTest::CFCornerTest(float angle, std::int32_t half_width)
+    : threshold_(NarrowToFloat(std::cos(static_cast<double>((180.0F - angle) * kPi / 180.0F)))), half_width_(half_width) {
     if (half_width < 1) throw kBrokenInvariant;
 }
 
-float CFCornerTest::Threshold() const { return NarrowToFloat(std::cos(static_cast<double>((180.0F - angle_) * kPi / 180.0F))); }
-
 void CFLinTest::TestCandidates(const CFWindow& window, std::span<const std::int32_t> candidates, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
-    const float threshold = Threshold();
     for (const std::int32_t i : candidates) {
         if (i < 0 || i >= window.Count()) throw kBrokenInvariant;
         const float cosine = LinearCosine(window, i, HalfWidth());
-        if (cosine > threshold) anchors.Append({kAnchorCorner, i, cosine});
+        if (cosine > Threshold()) anchors.Append({kAnchorCorner, i, cosine});
     }
     Finish(window, anchors);
 }
 
 void CFLinTest::TestAll(const CFWindow& window, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
-    const float threshold = Threshold();
     ForEachInnerPoint(window, [&](std::int32_t i) {
         const float cosine = LinearCosine(window, i, HalfWidth());
-        if (cosine > threshold) anchors.Append({kAnchorCorner, i, cosine});
+        if (cosine > Threshold()) anchors.Append({kAnchorCorner, i, cosine});
     });
     Finish(window, anchors);
 }
 
 void CFQuadTest::TestCandidates(const CFWindow& window, std::span<const std::int32_t> candidates, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
-    const float threshold = Threshold();
     if (window.Count() > 2) {
         for (const std::int32_t i : candidates) {
             // The windows tested cover whole chains from point 0, so that the number in the window is that in the chain.
             if (window.LocalIndex(i) != i) throw kBrokenInvariant;
             const std::optional<float> cosine = QuadraticCosine(window, i, HalfWidth());
-            if (cosine && *cosine > threshold) anchors.Append({kAnchorCorner, i, *cosine});
+            if (cosine && *cosine > Threshold()) anchors.Append({kAnchorCorner, i, *cosine});
         }
     }
     Finish(window, anchors);
@@ -92,10 +90,9 @@ void CFQuadTest::TestCandidates(const CFWindow& window, std::span<const std::int
 
 void CFQuadTest::TestAll(const CFWindow& window, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
-    const float threshold = Threshold();
     ForEachInnerPoint(window, [&](std::int32_t i) {
         const std::optional<float> cosine = QuadraticCosine(window, i, HalfWidth());
-        if (cosine && *cosine > threshold) anchors.Append({kAnchorCorner, i, *cosine});
+        if (cosine && *cosine > Threshold()) anchors.Append({kAnchorCorner, i, *cosine});
     });
     Finish(window, anchors);
 }
@@ -105,19 +102,27 @@ namespace {
 float LengthOf(CFPoint vector) { return std::sqrt(vector.x * vector.x + vector.y * vector.y); }
 float Dot(CFPoint a, CFPoint b) { return a.x * b.x + a.y * b.y; }
 
+/// Adds the unit vectors of vectors from (x, y) to one by one; what has no length adds nothing.
+void AddDirections(Lanes x, Lanes y, CFPoint& sum) {
+    const Lanes length = SquareRoot(x * x + y * y), zero = {};
+    const LaneFlags has_length = length > kNoLength;
+    const Lanes unit_x = Select(has_length, x / length, zero), unit_y = Select(has_length, y / length, zero);
+    for (std::int32_t lane = 0; lane < kLanes; ++lane) sum = sum + CFPoint{unit_x[lane], unit_y[lane]};
+}
+
 CFPoint DirectionSum(const CFWindow& window, CFPoint point, std::int32_t first, std::int32_t step, std::int32_t count) {
     const std::int32_t chain_count = window.SegmentCount();
     CFPoint sum;
     std::int32_t j = window.IsClosed() ? RoundLoop(first, chain_count) : first;
-    for (; count > 0; --count, j += step) {
-        if (window.IsClosed()) {
-            j = j < 0 ? j + chain_count : j >= chain_count ? j - chain_count : j;
-        } else if (j < 0 || j >= window.Count()) {
-            break;
+    if (!window.IsClosed()) count = std::min(count, step > 0 ? window.Count() - j : j + 1);
+    while (count > 0) {
+        Lanes x = {}, y = {};
+        for (std::int32_t lane = 0; lane < kLanes && count > 0; ++lane, --count, j += step) {
+            if (window.IsClosed()) j = j < 0 ? j + chain_count : j >= chain_count ? j - chain_count : j;
+            x[lane] = point.x - window.X()[j];
+            y[lane] = point.y - window.Y()[j];
         }
-        const CFPoint vector = point - window.Point(j);
-        const float length = LengthOf(vector);
-        if (length > kNoLength) sum = sum + CFPoint{vector.x / length, vector.y / length};
+        AddDirections(x, y, sum);
     }
     return sum;
 }

@@ -23,11 +23,11 @@ class CFCornerTest {
 
  protected:
     /// The cosine above which a point is a corner.
-    float Threshold() const;
+    float Threshold() const { return threshold_; }
     std::int32_t HalfWidth() const { return half_width_; }
 
  private:
-    float angle_;
+    float threshold_;
     std::int32_t half_width_;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -63,6 +64,7 @@ template <class Values>
 VRL_INLINE Values Magnitude(Values x) {
     return __builtin_bit_cast(Values, __builtin_bit_cast(FlagsOf<Values>, x) & 0x7FFFFFFF);
 }
+VRL_INLINE Lanes SquareRoot(Lanes x) { return Lanes{std::sqrt(x[0]), std::sqrt(x[1]), std::sqrt(x[2]), std::sqrt(x[3])}; }
 template <class Values>
 VRL_INLINE Values Least(Values a, Values b) {
     return b < a ? b : a;

@@ -16,8 +16,8 @@ CFPoolVector<std::int32_t> JunctionIndices(const CFSplineResult& result);
 
 }  // namespace
 
-KVPathGenerator::KVPathGenerator(float tolerance, float corner_angle, std::int32_t half_width) : half_width_(half_width) {
-    if (half_width < 1) throw kBrokenInvariant;
+KVPathGenerator::KVPathGenerator(float tolerance, float corner_angle, std::int32_t half_width)
+    : first_corner_test_(kFirstCornerAngle, half_width) {
     estimator_ = ts::make_auto<CFQuadEstimator>(half_width);
     check_ = ts::make_auto<CFEvalCheck>(tolerance);
     fitter_ = ts::make_auto<CF1CurveFitter>(tolerance, estimator_.get(), check_.get());
@@ -40,7 +40,7 @@ void KVPathGenerator::FitEdge(const FitInput& edge, ts::auto_ptr<RPPath>& output
 CFPoolVector<std::int32_t> KVPathGenerator::FirstJunctions(const FitInput& edge) {
     CFAnchorSet anchors(edge.raw, edge.ranking);
     const CFWindow window(edge.raw, WholeBound(edge.raw));
-    CFLinTest(kFirstCornerAngle, half_width_).TestCandidates(window, HighScores(edge.ranking), anchors);
+    first_corner_test_.TestCandidates(window, HighScores(edge.ranking), anchors);
     fitter_->SetSmoothSplits(false);
     CFSplineResult result;
     fitter_->Fit(anchors, result, known_);

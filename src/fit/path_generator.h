@@ -45,5 +45,5 @@ class KVPathGenerator {
     ts::auto_ptr<CFFidelityCheck> check_;
     ts::auto_ptr<CFCurveRemover> remover_;
     std::vector<CFSpanFit> known_;  // spans between corners that the first pass fitted: many are the same in the second
-    std::int32_t half_width_;
+    CFLinTest first_corner_test_;
 };
