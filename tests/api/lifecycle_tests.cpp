@@ -8,8 +8,7 @@
 #include "host/engine_binding.h"
 #include "host/nub_error.h"
 #include "refhost/engine/binding.h"
-#include "refhost/services/faults.h"
-#include "refhost/services/reports.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
 #include "tests/support/thrown_int.h"
 
@@ -20,16 +19,14 @@ namespace {
 // Leaves the library bound and the engine whole, whatever a test did.
 class Lifecycle : public testing::Test {
  protected:
-    Lifecycle() {
-        refhost::SetReportSink([](const refhost::Report&) { return 0; });
-    }
     ~Lifecycle() override {
         refhost::DisarmFaults();
         refhost::RestoreProcedures();
-        refhost::SetReportSink({});
         VRL_Death();
         VRL_Birth();
     }
+
+    const support::QuietReports quiet_;
 
     static std::int32_t RenderSmallMask() {
         const VRL_MaskParams params = PlainParams();

@@ -11,7 +11,6 @@
 #include "refhost/engine/binding.h"
 #include "refhost/services/faults.h"
 #include "refhost/services/memory.h"
-#include "refhost/services/reports.h"
 #include "refhost/shape/feather_points.h"
 #include "tests/support/shapes.h"
 #include "tests/support/worlds.h"
@@ -194,15 +193,6 @@ const ExportCall& BirthCall() {
                                          return code == 0 ? mask : Outcome{code, {}};
                                      }};
     return birth;
-}
-
-QuietReports::QuietReports() {
-    refhost::SetReportSink([](const refhost::Report&) { return 0; });
-}
-
-QuietReports::~QuietReports() {
-    refhost::DisarmFaults();
-    refhost::SetReportSink({});
 }
 
 void ExpectNothingLeftOver(int objects) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/progress.h"
+#include "tests/support/quiet_reports.h"
 
 // Every export with fixed arguments, as the tests of failures and of threads call it.
 
@@ -39,13 +40,6 @@ struct ExportCall {
 /// All but the life cycle, and the life cycle, which no other call may be running beside.
 std::span<const ExportCall> ExportCalls();
 const ExportCall& BirthCall();
-
-/// Quiet reports while it lives; at its end faults are disarmed.
-class QuietReports {
- public:
-    QuietReports();
-    ~QuietReports();
-};
 
 /// Memory accounted, engine objects of which `objects` were there before, open quiet scopes.
 void ExpectNothingLeftOver(int objects);

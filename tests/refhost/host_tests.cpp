@@ -5,9 +5,8 @@
 #include "base/errors.h"
 #include "host/scratch_buffer.h"
 #include "host/services.h"
-#include "refhost/services/faults.h"
 #include "refhost/services/memory.h"
-#include "refhost/services/reports.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
 #include "tests/support/thrown_int.h"
 
@@ -76,7 +75,7 @@ TEST(Services, QuietReportsAreLoggedButNotShown) {
 }
 
 TEST(ScratchBuffer, IsTakenThroughThePurgeLoopAndAccountedExactly) {
-    refhost::SetReportSink([](const refhost::Report&) { return 0; });
+    const support::QuietReports quiet;
     {
         VRLp_ScratchBuffer<GW_Pixel16> buffer;
         buffer.Take(100);
@@ -100,5 +99,4 @@ TEST(ScratchBuffer, IsTakenThroughThePurgeLoopAndAccountedExactly) {
         EXPECT_EQ(refhost::QuietErrorDepth(), 0);
     }
     EXPECT_EQ(refhost::AccountedBytes(), 0);
-    refhost::SetReportSink({});
 }

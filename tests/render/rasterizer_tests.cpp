@@ -4,9 +4,9 @@
 #include <random>
 
 #include "refhost/engine/binding.h"
-#include "refhost/services/reports.h"
 #include "render/coverage_scale.h"
 #include "render/poly_rasterizer.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
 #include "tests/support/thrown_int.h"
 
@@ -83,12 +83,10 @@ TEST(PolyRasterizer, RunsAreClippedScaledAndBounded) {
 TEST(PolyRasterizer, ARowBeforeTheBoxIsAFailedCheck) {
     const auto shape = Rectangle(0, 0, 4, 4);
     VRLp_PolyRasterizer<GW_Pixel16> rasterizer(*shape, true, 0, 1, g_canceler, nullptr);
-    refhost::SetReportSink([](const refhost::Report&) { return 0; });
-    refhost::TakeReports();
+    const support::QuietReports quiet;
     GW_Pixel16 line[4] = {};
     int first = -7;
     EXPECT_EQ(ThrownInt([&] { rasterizer.RasterizeY(0, 1, line, &first, &first); }), 3);
-    refhost::SetReportSink({});
     const auto reports = refhost::TakeReports();
     ASSERT_EQ(reports.size(), 1U);
     EXPECT_EQ(reports[0].line, 272);

@@ -7,9 +7,8 @@
 
 #include "api/vrl.h"
 #include "base/errors.h"
-#include "refhost/services/faults.h"
-#include "refhost/services/reports.h"
 #include "tests/support/bitmaps.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
 #include "tests/support/thrown_int.h"
 #include "tests/support/worlds.h"
@@ -60,20 +59,6 @@ double DistanceToChange(const std::string& pixels, std::int32_t width, std::int3
     }
     return nearest;
 }
-
-class Quiet : public testing::Test {
- protected:
-    Quiet() {
-        refhost::SetReportSink([](const refhost::Report&) { return 0; });
-        refhost::TakeReports();
-    }
-    ~Quiet() override {
-        refhost::DisarmFaults();
-        refhost::SetReportSink({});
-    }
-};
-
-using AutoTraceErrors = Quiet;
 
 }  // namespace
 
@@ -206,7 +191,8 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
     EXPECT_GT(compared, 10);
 }
 
-TEST_F(AutoTraceErrors, WhatCannotBeTracedIsRefused) {
+TEST(AutoTrace, WhatCannotBeTracedIsRefused) {
+    const support::QuietReports quiet;
     Shapes shapes;
     shapes.emplace_back(Rectangle(0, 0, 1, 1));
     const auto refusal = [&](const GW_World& world) {

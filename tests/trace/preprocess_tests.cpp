@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "base/errors.h"
-#include "refhost/services/reports.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/thrown_int.h"
 #include "tests/support/worlds.h"
 #include "trace/preprocess.h"
@@ -117,14 +117,12 @@ TEST(Preprocess, PaddedRowsAndLargerBitmapsKeepTheirPlaces) {
 }
 
 TEST(Preprocess, RefusesUnknownChannelsAndABlurOfNoNumber) {
-    refhost::SetReportSink([](const refhost::Report&) { return 0; });
-    refhost::TakeReports();
+    const support::QuietReports quiet;
     const auto world = WorldOf(1, 1, {{0, 0, 0, 0}});
     for (const int channel : {0, 10, -1}) {
         EXPECT_EQ(ThrownInt([&] { Thresholded({{0, 0, 0, 0}}, static_cast<VRL_TraceChannel>(channel), 50); }), kFailedCheck);
     }
     EXPECT_EQ(refhost::TakeReports().size(), 3U);
-    refhost::SetReportSink(nullptr);
 
     VRL_AutoTraceParams params;
     params.blur_radius = NAN;  // not 0, so it is asked for, and the host refuses it
