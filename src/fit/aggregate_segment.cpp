@@ -25,9 +25,9 @@ CFAggregateSegment::CFAggregateSegment(std::span<const CFDirectedSegment> path)
     for (const CFDirectedSegment& piece : path) {
         const std::int32_t steps = piece.segment->Count() - 1;
         if (!IsSamePoint(piece.Point(0), reached)) throw kBrokenInvariant;
+        SetPoints(first, steps, [&, j = 0]() mutable { return piece.Point(j++); });
         // The shared point stays as the chain before left it, at the very start as the first chain has it.
-        SetPoint(first, first == 0 ? piece.Point(0) : reached);
-        for (std::int32_t j = 1; j < steps; ++j) SetPoint(first + j, piece.Point(j));
+        if (first > 0) SetPoint(first, reached);
         reached = piece.Point(steps);
         starts_.push_back({first, steps + 1, piece.reversed});
         first += steps;

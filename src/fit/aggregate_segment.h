@@ -11,8 +11,11 @@ struct CFDirectedSegment {
     const CFSegment* segment;
     bool reversed;  // from its last point to its first
 
-    /// Point `j` on the walk, from 0.
-    CFPoint Point(std::int32_t j) const { return segment->Point(reversed ? segment->Count() - 1 - j : j); }
+    /// Point `j` on the walk, 0 to the last one; not checked.
+    CFPoint Point(std::int32_t j) const {
+        const std::int32_t k = reversed ? segment->Count() - 1 - j : j;
+        return {segment->X()[k], segment->Y()[k]};
+    }
 };
 
 /// The closed outline made of several open chains of unit steps, each starting where the one before ends. A point where two

@@ -1,5 +1,6 @@
 #include "fit/mapped_segment.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -14,9 +15,20 @@ constexpr std::int32_t kMappedTag = 1;
 CFPoint CentreBeside(const CFSegment& outline, std::int32_t k) {
     const CFPoint from{outline.X()[k], outline.Y()[k]}, to{outline.X()[k + 1], outline.Y()[k + 1]};
     const CFPoint step = to - from;
-    if (std::abs(step.x) + std::abs(step.y) != 1.0F) throw kBrokenInvariant;  // exact: grid points differ by whole numbers
     return (from + to + CFPoint{-step.y, step.x}) * 0.5F;
 }
+
+void RequireUnitSteps(const CFSegment& outline) {
+    bool all_unit = true;
+    for (std::int32_t k = 0; k < outline.Count(); ++k) {
+        const float x = outline.X()[k + 1] - outline.X()[k], y = outline.Y()[k + 1] - outline.Y()[k];
+        all_unit = all_unit && std::abs(x) + std::abs(y) == 1.0F;  // exact: grid points differ by whole numbers
+    }
+    if (!all_unit) throw kBrokenInvariant;
+}
+
+/// In the coordinate in which they are further apart.
+float Distance(CFPoint a, CFPoint b) { return std::max(std::abs(a.x - b.x), std::abs(a.y - b.y)); }
 
 }  // namespace
 
@@ -26,13 +38,14 @@ CFSegmentMapping::CFSegmentMapping(const CFSegment& outline) {
     centres_.resize(static_cast<std::size_t>(count));
     creators_.resize(static_cast<std::size_t>(count));
     centres_.front() = creators_.front() = 0;
+    RequireUnitSteps(outline);
     const CFPoint first = CentreBeside(outline, 0);
     CFPoint last = first;
     std::size_t met = 1;
     for (std::int32_t k = 1; k < count; ++k) {
         const CFPoint centre = CentreBeside(outline, k);
         creators_[met] = k;  // kept only when the centre is a new one; free of jumps, as turns cannot be foreseen
-        met += IsSamePoint(centre, last) ? 0U : 1U;
+        met += Distance(centre, last) > kSamePoint ? 1U : 0U;
         centres_[static_cast<std::size_t>(k)] = static_cast<std::int32_t>(met) - 1;
         last = centre;
     }
@@ -52,5 +65,5 @@ CFMappedSegment::CFMappedSegment(const CFSegment& outline, CFSegmentMapping mapp
     : CFSegment(mapping.CentreCount(), kSpacingGeneral, kChainClosed, kMappedTag),
       source_(&outline),
       mapping_(std::move(mapping)) {
-    for (std::int32_t i = 0; i < Count(); ++i) SetPoint(i, CentreBeside(outline, mapping_.Creator(i)));
+    SetPoints(0, Count(), [&, i = 0]() mutable { return CentreBeside(outline, mapping_.Creator(i++)); });
 }

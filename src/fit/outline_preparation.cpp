@@ -17,14 +17,19 @@ void FillSlots(CFPreparedChain& slots, CFPreparedChain prepared) {
 /// The part of a prepared outline that belongs to the chain at `start`, in the chain's own direction. The closing chain ends
 /// at the outline's first point.
 CFPreparedChain CutBack(const CFPreparedChain& outline, const CFAggregateSegment::start& start) {
-    const std::int32_t outline_count = outline.derived->Count();
     CFPreparedChain piece{ts::make_auto<CFSegment>(start.count, kSpacingDerived, kChainOpen),
                           ts::make_auto<CFRanking>(start.count)};
-    for (std::int32_t j = 0; j < start.count; ++j) {
-        const std::int32_t from = RoundLoop(start.first + j, outline_count);
-        const std::int32_t to = start.reversed ? start.count - 1 - j : j;
-        piece.derived->SetPoint(to, {outline.derived->X()[from], outline.derived->Y()[from]});
-        piece.ranking->values[static_cast<std::size_t>(to)] = outline.ranking->values[static_cast<std::size_t>(from)];
+    const std::int32_t from = start.reversed ? start.first + start.count - 1 : start.first, step = start.reversed ? -1 : 1;
+    const CFSegment& derived = *outline.derived;
+    piece.derived->SetPoints(0, start.count, [&, k = from]() mutable {
+        const CFPoint point{derived.X()[k], derived.Y()[k]};
+        k += step;
+        return point;
+    });
+    std::int32_t k = from;
+    for (float& value : piece.ranking->values) {
+        value = outline.ranking->values[static_cast<std::size_t>(RoundLoop(k, derived.Count()))];
+        k += step;
     }
     return piece;
 }

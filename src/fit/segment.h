@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "base/point.h"
@@ -63,6 +64,23 @@ class CFSegment {
             xs_[i] = point.x;
             ys_[i] = point.y;
         }
+    }
+
+    /// Sets the points from `first` on, `count` of them, to what `next()` gives each time.
+    /// @throws std::out_of_range  "invalid vector subscript" when some are outside 0 to Count() - 1
+    template <class Next>
+    void SetPoints(std::int32_t first, std::int32_t count, Next&& next) {
+        if (first < 0 || count < 0 || first > count_ - count) RefuseIndex();
+        float* const xs = xs_.data() + first;
+        float* const ys = ys_.data() + first;
+        for (std::int32_t j = 0; j < count; ++j) {
+            const CFPoint point = next();
+            xs[j] = point.x;
+            ys[j] = point.y;
+        }
+        if (!IsClosed()) return;
+        std::copy_n(xs, count, xs + count_);
+        std::copy_n(ys, count, ys + count_);
     }
 
     /// The coordinates in order. Those of a closed chain follow twice, so that every range of up to Count() + 1 points can

@@ -14,8 +14,7 @@ struct RingEdge {
 
 CFSegment RawSegment(const RPGraph& graph, const RPEdge& edge) {
     CFSegment raw(PointCount(edge), kSpacingUnitSteps, edge.closed ? kChainClosed : kChainOpen);
-    std::int32_t i = 0;
-    ForEachPoint(graph, edge, [&](CFPoint point) { raw.SetPoint(i++, point); });
+    raw.SetPoints(0, raw.Count(), RPEdgePoints(graph, edge));
     return raw;
 }
 

@@ -15,8 +15,9 @@ enum RPDirection : std::int16_t { kRight = 0, kUp = 2, kLeft = 4, kDown = 6 };
 inline RPDirection Opposite(RPDirection d) { return static_cast<RPDirection>((d + 4) & 7); }
 inline RPDirection Clockwise(RPDirection d) { return static_cast<RPDirection>((d + 6) & 7); }  // on screen
 inline RPDirection CounterClockwise(RPDirection d) { return static_cast<RPDirection>((d + 2) & 7); }
-inline std::int32_t StepX(RPDirection d) { return d == kRight ? 1 : d == kLeft ? -1 : 0; }
-inline std::int32_t StepY(RPDirection d) { return d == kDown ? 1 : d == kUp ? -1 : 0; }
+// Free of jumps, as turns cannot be foreseen.
+inline std::int32_t StepX(RPDirection d) { return std::int32_t{d == kRight} - std::int32_t{d == kLeft}; }
+inline std::int32_t StepY(RPDirection d) { return std::int32_t{d == kDown} - std::int32_t{d == kUp}; }
 
 /// A corner of the pixel lattice where boundary edges meet, or where a loop starts.
 struct RPVertex {
@@ -67,17 +68,28 @@ class RPGraph {
 /// Points of the edge: one for every step, and the end of an open one.
 inline std::int32_t PointCount(const RPEdge& edge) { return edge.step_count + (edge.closed ? 0 : 1); }
 
-/// Calls `visit(CFPoint)` for every point of the edge in its stored direction. A closed edge does not repeat its first.
-template <class Visit>
-void ForEachPoint(const RPGraph& graph, const RPEdge& edge, Visit&& visit) {
-    std::int32_t x = edge.start_x, y = edge.start_y;
-    for (std::int32_t i = 0, last = PointCount(edge);; ++i) {
-        visit(CFPoint{static_cast<float>(x), static_cast<float>(y)});
-        if (i + 1 == last) return;
-        x += StepX(graph.Step(edge, i));
-        y += StepY(graph.Step(edge, i));
+/// Gives the points of an edge in its stored direction, one at each call, PointCount(edge) in all. A closed edge does not
+/// repeat its first. Borrows the graph.
+class RPEdgePoints {
+ public:
+    RPEdgePoints(const RPGraph& graph, const RPEdge& edge)
+        : step_(graph.steps.data() + edge.first_step), x_(edge.start_x), y_(edge.start_y) {}
+
+    CFPoint operator()() {
+        if (is_started_) {
+            const auto direction = static_cast<RPDirection>(*step_++);
+            x_ += StepX(direction);
+            y_ += StepY(direction);
+        }
+        is_started_ = true;
+        return {static_cast<float>(x_), static_cast<float>(y_)};
     }
-}
+
+ private:
+    const std::uint8_t* step_;
+    std::int32_t x_, y_;
+    bool is_started_ = false;
+};
 
 /// The side of `edge` that `region` (kNone: the outside) is on.
 /// @throws int  kBrokenInvariant when it is on neither

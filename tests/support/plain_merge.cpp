@@ -91,7 +91,8 @@ void PlainMerger::JoinSaddles() {
 std::vector<CFPoint> PlainMerger::PointsFrom(const RPVertex& vertex, RPDirection d) const {
     const RPEdge& edge = trace_.graph->Edge(vertex.slots[static_cast<std::size_t>(d / 2)]);
     std::vector<CFPoint> points;
-    ForEachPoint(*trace_.graph, edge, [&](CFPoint point) { points.push_back(point); });
+    RPEdgePoints next(*trace_.graph, edge);
+    while (points.size() < static_cast<std::size_t>(PointCount(edge))) points.push_back(next());
     const CFPoint second = CFPoint{static_cast<float>(vertex.x), static_cast<float>(vertex.y)} +
                            CFPoint{static_cast<float>(StepX(d)), static_cast<float>(StepY(d))};
     if (points[0] != CFPoint{static_cast<float>(vertex.x), static_cast<float>(vertex.y)} || points[1] != second) {
