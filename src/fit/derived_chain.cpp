@@ -2,16 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <span>
 
 namespace {
 
 constexpr std::int32_t kFewestCentres = 3;  // below this there is no line to move points to
-constexpr std::int32_t kNoPiece = -1;
-constexpr float kSameCoordinate = 1e-6F;  // pixels
-constexpr float kShortestPiece = 1e-6F;   // squared pixels; below it a piece is one point
-
-bool IsZero(float value) { return std::abs(value) <= kSameCoordinate; }
-bool IsUnit(float value) { return IsZero(std::abs(value) - 1.0F); }
+constexpr std::int32_t kNoPiece = 0;        // the first entry of the pieces stands for none
+constexpr float kSameCoordinate = 1e-6F;    // pixels
+constexpr float kShortestPiece = 1e-6F;     // squared pixels; below it a piece is one point
 
 CFPoint Middle(CFPoint a, CFPoint b) { return (a + b) * 0.5F; }
 
@@ -27,74 +26,74 @@ CFPoint Project(CFPoint point, CFPoint a, CFPoint b) {
 }  // namespace
 
 ts::auto_ptr<CFSegment> CFDerivedChainBuilder::Build(const CFMappedSegment& centres) {
-    pieces_.clear();
     piece_ids_.assign(static_cast<std::size_t>(centres.Count()), kNoPiece);
     if (centres.Count() >= kFewestCentres) {
         ClassifySteps(centres);
-        CutRuns(centres);
+        CutPieces(centres);
         JoinPieces();
     }
     const CFSegment& raw = centres.Source();
     auto derived = ts::make_auto<CFSegment>(raw.Count(), kSpacingDerived, kChainClosed);
-    for (std::int32_t k = 0; k < raw.Count(); ++k) {
-        derived->SetPoint(k, Position({raw.X()[k], raw.Y()[k]}, centres.Mapping().Centre(k)));
-    }
+    derived->SetPoints(0, raw.Count(), [&, k = 0]() mutable {
+        const CFPoint position = Position({raw.X()[k], raw.Y()[k]}, centres.Mapping().Centre(k));
+        ++k;
+        return position;
+    });
     return derived;
 }
+
+// Outlines turn where no processor foresees it, so the two passes over their steps are free of jumps.
 
 /// The step that closes the chain is not looked at. A step across the one before it starts as neither, but becomes part of
 /// what follows when the next step goes on from it; so does a slanting step.
 void CFDerivedChainBuilder::ClassifySteps(const CFSegment& centres) {
-    steps_.assign(static_cast<std::size_t>(centres.Count()), Step::kOther);
+    steps_.resize(static_cast<std::size_t>(centres.Count()));
+    Step before = Step::kOther;
     for (std::int32_t i = 1; i < centres.Count(); ++i) {
-        const float dx = centres.X()[i] - centres.X()[i - 1], dy = centres.Y()[i] - centres.Y()[i - 1];
-        const bool level = IsUnit(dx) && IsZero(dy), upright = IsZero(dx) && IsUnit(dy);
-        if (!level && !upright) continue;
-        Step& before = steps_[static_cast<std::size_t>(i) - 1];
-        if (before == (level ? Step::kUpright : Step::kLevel)) continue;
-        before = steps_[static_cast<std::size_t>(i)] = level ? Step::kLevel : Step::kUpright;
+        const float across = std::abs(centres.X()[i] - centres.X()[i - 1]), down = std::abs(centres.Y()[i] - centres.Y()[i - 1]);
+        const bool level = std::max(std::abs(across - 1.0F), down) <= kSameCoordinate;
+        const bool upright = std::max(across, std::abs(down - 1.0F)) <= kSameCoordinate;
+        const Step step = level ? Step::kLevel : upright ? Step::kUpright : Step::kOther;
+        const bool turns = step != before && step != Step::kOther && before != Step::kOther;
+        const Step kept = turns ? Step::kOther : step;
+        steps_[static_cast<std::size_t>(i) - 1] = kept == Step::kOther ? before : kept;
+        before = kept;
     }
+    steps_.back() = before;
 }
 
-/// Cuts the chain at its first point and wherever the class of the step changes; in the middle when it never does.
-void CFDerivedChainBuilder::CutRuns(const CFSegment& centres) {
+/// Cuts the chain at its first point and wherever the class of the step changes, in the middle when it never does; and further
+/// where a level run changes its y or an upright one its x.
+void CFDerivedChainBuilder::CutPieces(const CFSegment& centres) {
     const std::int32_t count = centres.Count();
-    std::int32_t first = 0;
-    for (std::int32_t i = 1; i < count; ++i) {
-        if (steps_[static_cast<std::size_t>(i)] == steps_[static_cast<std::size_t>(first)]) continue;
-        CutPieces(centres, first, i);
-        first = i;
+    const bool is_one_run = std::adjacent_find(steps_.begin(), steps_.end(), std::not_equal_to()) == steps_.end();
+    const std::int32_t middle = is_one_run ? count / 2 : 0;
+    pieces_.resize(static_cast<std::size_t>(count) + 1);
+    std::int32_t met = 0;
+    Step before = Step::kOther;
+    CFPoint last;
+    for (std::int32_t i = 0; i < count; ++i) {
+        const Step step = steps_[static_cast<std::size_t>(i)];
+        const CFPoint point{centres.X()[i], centres.Y()[i]};
+        const float aside = std::abs(step == Step::kLevel ? point.y - last.y : point.x - last.x);
+        const int cuts = int{step != before} + int{aside >= kSameCoordinate} + int{i == middle} + int{i == 0};
+        const bool is_in_piece = step != Step::kOther;
+        met += cuts > 0 && is_in_piece ? 1 : 0;
+        const std::int32_t id = is_in_piece ? met : kNoPiece;
+        Piece& piece = pieces_[static_cast<std::size_t>(id)];
+        piece.start = cuts > 0 ? point : piece.start;
+        piece.end = point;
+        piece_ids_[static_cast<std::size_t>(i)] = id;
+        before = step;
+        last = point;
     }
-    if (first == 0) {
-        CutPieces(centres, 0, count / 2);
-        first = count / 2;
-    }
-    CutPieces(centres, first, count);
-}
-
-/// Cuts the run of centres `first` to `end` - 1 where a level run changes its y or an upright one its x.
-void CFDerivedChainBuilder::CutPieces(const CFSegment& centres, std::int32_t first, std::int32_t end) {
-    const Step step = steps_[static_cast<std::size_t>(first)];
-    if (step == Step::kOther) return;
-    const float* across = step == Step::kLevel ? centres.Y() : centres.X();
-    for (std::int32_t i = first + 1; i < end; ++i) {
-        if (std::abs(across[i] - across[i - 1]) < kSameCoordinate) continue;
-        AddPiece(centres, first, i);
-        first = i;
-    }
-    AddPiece(centres, first, end);
-}
-
-void CFDerivedChainBuilder::AddPiece(const CFSegment& centres, std::int32_t first, std::int32_t end) {
-    const auto id = static_cast<std::int32_t>(pieces_.size());
-    std::fill(piece_ids_.begin() + first, piece_ids_.begin() + end, id);
-    pieces_.push_back({{centres.X()[first], centres.Y()[first]}, {centres.X()[end - 1], centres.Y()[end - 1]}});
+    pieces_.resize(static_cast<std::size_t>(met) + 1);
 }
 
 void CFDerivedChainBuilder::JoinPieces() {
-    if (pieces_.size() < 2) return;
+    if (pieces_.size() <= 2) return;
     Piece* before = &pieces_.back();
-    for (Piece& piece : pieces_) {
+    for (Piece& piece : std::span(pieces_).subspan(1)) {
         before->end = piece.start = Middle(before->end, piece.start);
         before = &piece;
     }

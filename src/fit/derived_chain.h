@@ -21,13 +21,11 @@ class CFDerivedChainBuilder {
     };
 
     void ClassifySteps(const CFSegment& centres);
-    void CutRuns(const CFSegment& centres);
-    void CutPieces(const CFSegment& centres, std::int32_t first, std::int32_t end);
-    void AddPiece(const CFSegment& centres, std::int32_t first, std::int32_t end);
+    void CutPieces(const CFSegment& centres);
     void JoinPieces();
     CFPoint Position(CFPoint raw, std::int32_t centre) const;
 
     std::vector<Step> steps_;              // by centre, the step that leads to it
-    std::vector<Piece> pieces_;            // in chain order
-    std::vector<std::int32_t> piece_ids_;  // by centre, kNoPiece or an index into pieces_
+    std::vector<Piece> pieces_;            // in chain order, behind one that is none
+    std::vector<std::int32_t> piece_ids_;  // by centre, the index into pieces_
 };
