@@ -63,9 +63,10 @@ void Flattener::AppendPiece(std::uint32_t index, GridPoint end) {
     const ChainPiece& piece = chain_.pieces[index];
     const std::size_t begin = flat_.segments.size();
     source_ = {index, piece.scaffold, 0, 0};
-    if (!piece.straight && piece.distance == 0 && IsCalm(piece.curve)) {
+    const bool is_chord = piece.straight || piece.lone;
+    if (!is_chord && piece.distance == 0 && IsCalm(piece.curve)) {
         AppendEvenly(piece.curve);
-    } else if (!piece.straight) {
+    } else if (!is_chord) {
         AppendAdaptively(piece);
     }
     LineTo(end, 1);

@@ -5,6 +5,7 @@
 #include <numbers>
 #include <optional>
 
+#include "refhost/engine/lone_pieces.h"
 #include "refhost/engine/parallel_curve.h"
 
 namespace refhost {
@@ -31,7 +32,11 @@ OffsetChain ChainOf(const Outline& outline) {
     OffsetChain chain;
     chain.loop_ends = outline.loop_ends;
     chain.pieces.reserve(outline.pieces.size());
-    for (const CurvePiece& piece : outline.pieces) chain.pieces.push_back({piece.curve, piece.straight, false, 0});
+    const std::vector<bool> is_lone = FindLonePieces(outline);
+    for (std::size_t i = 0; i < outline.pieces.size(); ++i) {
+        const CurvePiece& piece = outline.pieces[i];
+        chain.pieces.push_back({piece.curve, piece.straight, false, 0, is_lone[i]});
+    }
     return chain;
 }
 
