@@ -41,6 +41,7 @@ class CubicPolynomial {
     Point At(double t) const { return start_ + t * (linear_ + t * (square_ + t * cube_)); }
     Point FirstDerivative(double t) const { return linear_ + t * (2 * square_ + 3 * t * cube_); }
     Point SecondDerivative(double t) const { return 2 * square_ + 6 * t * cube_; }
+    Point ThirdDerivative() const { return 6 * cube_; }
 
  private:
     Point start_, linear_, square_, cube_;

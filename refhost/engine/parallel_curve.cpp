@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace refhost {
 namespace {
@@ -18,9 +19,8 @@ constexpr double kCalmLegs = 3;    // the control legs differ by at most this fa
 // ---- Sampling.
 constexpr int kMaxSampleDepth = 14;    // halvings between two knots
 constexpr double kFinestChord = 0.25;  // tolerances; a shorter chord is not divided, whatever it turns
-constexpr double kSampleTurn = 0.6;    // radians a chord of the parallel may turn
-constexpr double kClampedTurn = 0.3;   // and a chord of the evolute, which only has to be roughly right
-constexpr int kBorderRounds = 30;      // to find where the two meet; mostly five or six do
+constexpr double kSampleTurn = 0.6;    // radians a chord may turn
+constexpr int kBorderRounds = 30;      // to find where the two meet; mostly four or five do
 
 // ---- Fitting.
 constexpr int kFineSteps = 16;          // samples that measure length and turning of one stretch
@@ -45,6 +45,7 @@ class CurveProbe {
     };
     Result At(double t) const;
     double GrowthAt(double t, const Result& here, double distance) const;
+    double GrowthSlopeAt(double t, const Result& here, double distance) const;
 
  private:
     static constexpr double kSlow = 1e-6;  // pixels; below it rounding matters to the direction
@@ -67,10 +68,14 @@ class ParallelSampler {
         Point tangent;
         double growth;  // see `Growth`; 0 where the parallel passes into the evolute
     };
+    /// How much one chord has to stand for. Both are squares.
+    struct Bend {
+        double length, turn;
+    };
     Probe ProbeAt(double t) const;
-    Probe BorderBetween(Probe low, Probe high) const;
+    Probe BorderBetween(const Probe& low, const Probe& high) const;
     void AppendBetween(const Probe& low, const Probe& high, int depth);
-    bool IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const;
+    bool IsFineEnough(const Bend& bend, bool any_free, bool any_clamped) const;
 
     const Cubic& curve_;
     CurveProbe probe_;
@@ -199,9 +204,18 @@ double CurveProbe::GrowthAt(double t, const Result& here, double distance) const
     return 1 + distance * Cross(here.tangent, polynomial_.SecondDerivative(t)) / (here.speed * here.speed);
 }
 
+// The derivative of distance * cross(c', c'') / |c'|^3.
+double CurveProbe::GrowthSlopeAt(double t, const Result& here, double distance) const {
+    const double square = here.speed * here.speed;
+    const Point second = polynomial_.SecondDerivative(t);
+    const Point third = polynomial_.ThirdDerivative();
+    return distance * (Cross(here.tangent, third) - 3 * Dot(here.tangent, second) * Cross(here.tangent, second) / here.speed) /
+           square;
+}
+
 // The curve turns fastest where it is slowest: with these points as knots no tight turn hides between two probes.
 void ParallelSampler::Sample() {
-    const CurveParameters slow = SpeedMinima(curve_);
+    const CurveParameters slow = IsCalm(curve_) ? CurveParameters() : SpeedMinima(curve_);
     constexpr std::array<double, 3> kEven = {0, 0.5, 1};
     std::array<double, 5> places;
     const auto knots =
@@ -225,22 +239,24 @@ ParallelSampler::Probe ParallelSampler::ProbeAt(double t) const {
     return {{t, here.position + reach * RightNormal(here.tangent), growth < 0}, here.tangent, growth};
 }
 
-// Where the parallel passes into the evolute: false position, halving the value of the end that stays.
-ParallelSampler::Probe ParallelSampler::BorderBetween(Probe low, Probe high) const {
-    const auto value_of = [](const Probe& probe) { return std::clamp(probe.growth, -1.0, 1.0); };
-    double low_value = value_of(low);
-    double high_value = value_of(high);
-    for (int i = 0; i < kBorderRounds && Distance(low.sample.position, high.sample.position) > kFinestChord * tolerance_; ++i) {
-        const double share = std::clamp(low_value / (low_value - high_value), 0.0, 1.0);
-        const Probe middle = ProbeAt(low.sample.t + share * (high.sample.t - low.sample.t));
-        const double value = value_of(middle);
-        if ((value < 0) == (low_value < 0)) {
-            low = middle, low_value = value, high_value *= 0.5;
-        } else {
-            high = middle, high_value = value, low_value *= 0.5;
-        }
+// Where the parallel passes into the evolute, or a touch before. Newton's method, halving where it would lead astray.
+ParallelSampler::Probe ParallelSampler::BorderBetween(const Probe& low, const Probe& high) const {
+    const double touch = 0.5 * kFinestChord * tolerance_ / std::abs(distance_);  // of growth; too little to set the two apart
+    double free = low.sample.t;
+    double clamped = high.sample.t;
+    if (low.sample.is_clamped) std::swap(free, clamped);
+    double t = 0.5 * (free + clamped);
+    for (int i = 0; i < kBorderRounds && free != clamped; ++i) {
+        const CurveProbe::Result here = probe_.At(t);
+        const double excess = probe_.GrowthAt(t, here, distance_) - touch;
+        if (excess > -touch) free = t;
+        if (excess < touch) clamped = t;
+        const double next = t - excess / probe_.GrowthSlopeAt(t, here, distance_);
+        const bool is_between = (next > free) != (next > clamped);
+        t = is_between ? next : 0.5 * (free + clamped);
     }
-    Probe border = low.sample.is_clamped ? high : low;
+    Probe border = ProbeAt(free);
+    border.sample.is_clamped = false;
     border.growth = 0;
     return border;
 }
@@ -253,24 +269,33 @@ void ParallelSampler::AppendBetween(const Probe& low, const Probe& high, int dep
         return;
     }
     const Probe middle = ProbeAt(0.5 * (low.sample.t + high.sample.t));
-    if (depth == kMaxSampleDepth || IsFineEnough(low, middle, high)) {
+    const auto bend_between = [](const Probe& a, const Probe& b) -> Bend {
+        const Point way = b.sample.position - a.sample.position;
+        const Point turn = b.tangent - a.tangent;
+        return {Dot(way, way), Dot(turn, turn)};
+    };
+    const Bend first = bend_between(low, middle);
+    const Bend second = bend_between(middle, high);
+    const Bend half = {std::max(first.length, second.length), std::max(first.turn, second.turn)};
+    const Bend whole = {2 * (first.length + second.length), 2 * (first.turn + second.turn)};
+    const bool any_free = std::max({low.growth, middle.growth, high.growth}) > 0;
+    const bool any_clamped = std::min({low.growth, middle.growth, high.growth}) < 0;
+    if (depth == kMaxSampleDepth || IsFineEnough(whole, any_free, any_clamped)) {
         out_.push_back(high.sample);
-        return;
+    } else if (IsFineEnough(half, any_free, any_clamped)) {
+        out_.push_back(middle.sample);
+        out_.push_back(high.sample);
+    } else {
+        AppendBetween(low, middle, depth + 1);
+        AppendBetween(middle, high, depth + 1);
     }
-    AppendBetween(low, middle, depth + 1);
-    AppendBetween(middle, high, depth + 1);
 }
 
-// A chord of length l that turns by a deviates by at most l a / 8. Both are sums of two, here bounded by way of their squares.
-bool ParallelSampler::IsFineEnough(const Probe& low, const Probe& middle, const Probe& high) const {
-    const auto bound = [](Point a, Point b) { return 2 * (Dot(a, a) + Dot(b, b)); };
-    const double chord = bound(middle.sample.position - low.sample.position, high.sample.position - middle.sample.position);
-    if (chord < Square(kFinestChord * tolerance_)) return true;
-    const double turn = bound(middle.tangent - low.tangent, high.tangent - middle.tangent);
-    const bool any_clamped = std::min({low.growth, middle.growth, high.growth}) < 0;
-    const bool any_free = std::max({low.growth, middle.growth, high.growth}) > 0;
-    if (any_clamped) return !any_free && turn < Square(kClampedTurn);
-    return turn < Square(kSampleTurn) && chord * turn < Square(8 * tolerance_);
+// A chord of length l that turns by a deviates by at most l a / 8. The evolute only has to be roughly right.
+bool ParallelSampler::IsFineEnough(const Bend& bend, bool any_free, bool any_clamped) const {
+    if (bend.length < Square(kFinestChord * tolerance_)) return true;
+    if (any_free && any_clamped) return false;
+    return bend.turn < Square(kSampleTurn) && (any_clamped || bend.length * bend.turn < Square(8 * tolerance_));
 }
 
 void ParallelFitter::Append(double from, double to, int depth) {
