@@ -21,6 +21,20 @@ struct GridVector {
     std::int64_t x, y;
 };
 
+/// Sorts `items` by a key below `keys`, keeping the order of equal ones; returns where each key's items begin, and one past the
+/// end.
+template <class Item, class Key>
+std::vector<std::uint32_t> GroupBy(std::size_t keys, const Key& key_of, std::vector<Item>& items) {
+    std::vector<std::uint32_t> begin(keys + 2, 0);
+    for (const Item& item : items) ++begin[key_of(item) + 2];
+    for (std::size_t key = 2; key < begin.size(); ++key) begin[key] += begin[key - 1];
+    std::vector<Item> grouped(items.size());
+    for (const Item& item : items) grouped[begin[key_of(item) + 1]++] = item;
+    items = std::move(grouped);
+    begin.pop_back();
+    return begin;
+}
+
 GridVector operator-(GridPoint a, GridPoint b) {
     return {std::int64_t{a.x} - std::int64_t{b.x}, std::int64_t{a.y} - std::int64_t{b.y}};
 }
@@ -96,9 +110,13 @@ class PlanarGraph {
     using HalfEdge = std::uint32_t;
 
     std::vector<Edge> CutSegments(const Nodes& nodes);
-    void MergeEqual(std::span<const Edge> edges);
+    void MergeEqual(std::vector<Edge> edges);
     void BuildFans();
-    void SortFan(std::span<HalfEdge> fan) const;
+    struct Spoke {
+        GridVector direction;
+        HalfEdge half_edge;
+    };
+    void SortFan(std::span<HalfEdge> fan, std::vector<Spoke>& spokes) const;
 
     void SpreadFrom(std::uint32_t vertex, std::vector<std::uint32_t>& queue);
     void SpreadAround(std::uint32_t vertex, std::vector<std::uint32_t>& queue);
@@ -153,7 +171,7 @@ Nodes FindNodes(std::span<const GridSegment> segments) {
     std::vector<GridBox> boxes;
     boxes.reserve(segments.size());
     for (const GridSegment& s : segments) boxes.push_back(BoxOf(s.from, s.to));
-    const BoxTree tree(std::move(boxes));
+    const BoxTree tree(boxes);
 
     Nodes nodes = {{}, std::vector<char>(segments.size(), false)};
     std::vector<GridPoint> crossings;
@@ -166,6 +184,8 @@ Nodes FindNodes(std::span<const GridSegment> segments) {
         const GridSegment& b = segments[j];
         const GridVector a_span = a.to - a.from;
         const GridVector b_span = b.to - b.from;
+        const bool only_touch = j == i + 1 && a.to == b.from && Dot(a_span, b_span) >= 0;
+        if (only_touch) return;
         const GridVector apart = b.from - a.from;
         const std::int64_t parallel = Cross(a_span, b_span);
         const std::int64_t b_from_beside_a = Cross(a_span, apart);
@@ -248,12 +268,16 @@ std::int32_t RoundedStep(std::int64_t extent, std::int64_t numerator, std::int64
 
 // By segment, then along it; each cut once.
 void SortCuts(std::span<const GridSegment> segments, std::vector<Cut>& cuts) {
-    std::sort(cuts.begin(), cuts.end(), [&](const Cut& a, const Cut& b) {
-        if (a.segment != b.segment) return a.segment < b.segment;
-        const GridSegment& s = segments[a.segment];
-        const std::int64_t ahead = Dot(s.to - s.from, a.at - b.at);
-        return ahead != 0 ? ahead < 0 : KeyOf(a.at) < KeyOf(b.at);
-    });
+    GroupBy(
+        segments.size(), [](const Cut& cut) { return cut.segment; }, cuts);
+    for (auto begin = cuts.begin(), end = begin; begin != cuts.end(); begin = end) {
+        const GridSegment& s = segments[begin->segment];
+        end = std::find_if(begin, cuts.end(), [&](const Cut& cut) { return cut.segment != begin->segment; });
+        std::sort(begin, end, [&](const Cut& a, const Cut& b) {
+            const std::int64_t ahead = Dot(s.to - s.from, a.at - b.at);
+            return ahead != 0 ? ahead < 0 : KeyOf(a.at) < KeyOf(b.at);
+        });
+    }
     const auto same = [](const Cut& a, const Cut& b) { return a.segment == b.segment && a.at == b.at; };
     cuts.erase(std::unique(cuts.begin(), cuts.end(), same), cuts.end());
 }
@@ -289,6 +313,8 @@ PlanarGraph::PlanarGraph(std::span<const GridSegment> segments, const Nodes& nod
 std::vector<Edge> PlanarGraph::CutSegments(const Nodes& nodes) {
     VertexTable vertices(nodes.cuts.size());
     std::vector<Edge> edges;
+    edges.reserve(nodes.cuts.size() +
+                  static_cast<std::size_t>(std::count(nodes.is_at_start.begin(), nodes.is_at_start.end(), true)));
     auto cut = nodes.cuts.begin();
     std::uint32_t last = kNone;
     Stretch stretch = kNoStretch;
@@ -317,20 +343,16 @@ std::vector<Edge> PlanarGraph::CutSegments(const Nodes& nodes) {
 }
 
 // Groups the edges by their low vertex, then merges inside each group. Edges whose multiplicity cancels stay: they connect.
-void PlanarGraph::MergeEqual(std::span<const Edge> edges) {
-    std::vector<std::uint32_t> group_end(points_.size() + 1, 0);
-    for (const Edge& e : edges) ++group_end[e.low + 1];
-    for (std::size_t v = 1; v < group_end.size(); ++v) group_end[v] += group_end[v - 1];
-    std::vector<Edge> grouped(edges.size());
-    for (const Edge& e : edges) grouped[group_end[e.low]++] = e;
-
+void PlanarGraph::MergeEqual(std::vector<Edge> edges) {
+    const std::vector<std::uint32_t> group_begin = GroupBy(
+        points_.size(), [](const Edge& e) { return e.low; }, edges);
     const auto is_plain = [](const Edge& e) { return e.up.first == e.up.last && e.down.first == e.down.last; };
     const auto less = [&](const Edge& a, const Edge& b) {
         return a.high != b.high ? a.high < b.high : is_plain(a) < is_plain(b);
     };
     edges_.reserve(edges.size());
-    for (std::size_t begin = 0, v = 0; v < points_.size(); begin = group_end[v++]) {
-        const std::span<Edge> group = std::span(grouped).subspan(begin, group_end[v] - begin);
+    for (std::size_t v = 0; v < points_.size(); ++v) {
+        const std::span<Edge> group = std::span(edges).subspan(group_begin[v], group_begin[v + 1] - group_begin[v]);
         if (group.size() > 1) std::sort(group.begin(), group.end(), less);
         for (const Edge& e : group) {
             if (edges_.empty() || edges_.back().low != e.low || edges_.back().high != e.high || !is_plain(edges_.back()) ||
@@ -354,21 +376,26 @@ void PlanarGraph::BuildFans() {
     std::vector<std::uint32_t> next(fan_begin_.begin(), fan_begin_.end() - 1);
     for (HalfEdge h = 0; h < fans_.size(); ++h) fans_[next[Tail(h)]++] = h;
     fan_position_.resize(fans_.size());
+    std::vector<Spoke> spokes;
     for (std::uint32_t v = 0; v < points_.size(); ++v) {
-        SortFan(std::span(fans_).subspan(fan_begin_[v], fan_begin_[v + 1] - fan_begin_[v]));
+        SortFan(std::span(fans_).subspan(fan_begin_[v], fan_begin_[v + 1] - fan_begin_[v]), spokes);
         for (std::uint32_t i = fan_begin_[v]; i < fan_begin_[v + 1]; ++i) fan_position_[fans_[i]] = i;
     }
 }
 
 // By increasing angle in (-pi, pi]. No two directions in a fan are equal, or the edges would overlap.
-void PlanarGraph::SortFan(std::span<HalfEdge> fan) const {
+void PlanarGraph::SortFan(std::span<HalfEdge> fan, std::vector<Spoke>& spokes) const {
+    spokes.clear();
+    for (const HalfEdge h : fan) spokes.push_back({DirectionOf(h), h});
     const auto is_upper = [](GridVector d) { return d.y >= 0; };
-    std::sort(fan.begin(), fan.end(), [&](HalfEdge a, HalfEdge b) {
-        const GridVector u = DirectionOf(a);
-        const GridVector v = DirectionOf(b);
+    std::sort(spokes.begin(), spokes.end(), [&](const Spoke& a, const Spoke& b) {
+        const GridVector u = a.direction;
+        const GridVector v = b.direction;
         if (is_upper(u) != is_upper(v)) return is_upper(v);
-        return Cross(u, v) > 0 || (Cross(u, v) == 0 && u.x > 0 && v.x < 0);
+        const std::int64_t turn = Cross(u, v);
+        return turn > 0 || (turn == 0 && u.x > 0 && v.x < 0);
     });
+    for (std::size_t i = 0; i < fan.size(); ++i) fan[i] = spokes[i].half_edge;
 }
 
 // The next point along a half-edge: a vertex of the segments, or the other end.
@@ -462,7 +489,7 @@ std::vector<std::int32_t> PlanarGraph::OuterWindings() const {
             boxes.push_back(BoxOf(path[i].from, to));
         }
     }
-    const BoxTree tree(std::move(boxes));
+    const BoxTree tree(boxes);
     for (std::size_t c = 0; c < components_.size(); ++c) {
         const GridPoint p = points_[components_[c].leftmost];
         tree.ForEachIn({-kLargestGridCoordinate, p.y, p.x, p.y}, [&](std::size_t index) {

@@ -33,7 +33,7 @@ std::vector<bool> FindLonePieces(const Outline& outline) {
         }
         next.back() = outline.LoopBegin(loop);
     }
-    BoxTree(std::move(boxes)).ForEachPair([&](std::size_t i, std::size_t j) {
+    BoxTree(boxes).ForEachPair([&](std::size_t i, std::size_t j) {
         const Cubic& a = outline.pieces[i].curve;
         const Cubic& b = outline.pieces[j].curve;
         const bool only_touch = (next[i] == j && AreOpposite(a, b)) || (next[j] == i && AreOpposite(b, a));
