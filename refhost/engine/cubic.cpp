@@ -32,6 +32,7 @@ Point TangentAt(const Cubic& curve, double t) {
 }
 
 Cubic SubCurve(const Cubic& c, double u, double v) {
+    if (u == 0 && v == 1) return c;
     return {Blossom(c, u, u, u), Blossom(c, u, u, v), Blossom(c, u, v, v), Blossom(c, v, v, v)};
 }
 

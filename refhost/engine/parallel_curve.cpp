@@ -23,9 +23,10 @@ constexpr double kSampleTurn = 0.6;    // radians a chord may turn
 constexpr int kBorderRounds = 30;      // to find where the two meet; mostly four or five do
 
 // ---- Fitting.
-constexpr int kFineSteps = 16;          // samples that measure length and turning of one stretch
-constexpr int kFitSamples = 9;          // interior points the fit looks at
+constexpr int kFineSteps = 12;          // samples that measure length and turning of one stretch
+constexpr int kFitSamples = 7;          // interior points the fit looks at
 constexpr int kFitRounds = 5;           // Gauss-Newton rounds; the fit has settled after three or four
+constexpr double kFitSlack = 0.25;      // tolerances; a fit this close needs no improvement
 constexpr double kMaxTurn = 1.75;       // radians one cubic may turn; the fit degrades quickly beyond
 constexpr int kMaxFitDepth = 14;        // halvings of one stretch
 constexpr double kShortStretch = 1e-3;  // pixels; a parallel that stays this short is a line
@@ -126,9 +127,10 @@ struct HandleCubic {
 };
 
 double ParameterAtProgress(std::span<const FitSample> fine, double progress);
-void FindOnNormal(const CubicPolynomial& curve, const FitSample& sample, int rounds, double& u);
-bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds, double slack);
-double WorstDeviation(const CubicPolynomial& curve, std::span<const FitSample> samples, std::span<double> parameters);
+Point GapOnNormal(const CubicPolynomial& curve, const FitSample& sample, int rounds, double slack, double& u);
+bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, double slack);
+double WorstDeviation(const CubicPolynomial& curve, std::span<const FitSample> samples, std::span<double> parameters,
+                      double slack);
 
 }  // namespace
 
@@ -355,24 +357,26 @@ std::optional<Cubic> ParallelFitter::Fit(const FineSamples& fine) const {
     const FitSample& first = fine.front();
     const FitSample& last = fine.back();
     const FitSamples samples = EvenSamples(fine);
-    // Handles that give the parallel's own derivatives at the ends are a good start.
+    // Handles that give the parallel's own derivatives at the ends are a good start: the cubic then nearly keeps step with it.
     const double third = std::abs(last.t - first.t) / 3;
     const double start_handle = third * Length(ParallelDerivative(curve_, distance_, first.t));
     const double end_handle = third * Length(ParallelDerivative(curve_, distance_, last.t));
     HandleCubic fit = {first.position, first.tangent, last.position, last.tangent, start_handle, end_handle};
     std::array<double, kFitSamples> parameters;
-    for (std::size_t i = 0; i < parameters.size(); ++i) parameters[i] = static_cast<double>(i + 1) / (kFitSamples + 1);
+    for (std::size_t i = 0; i < parameters.size(); ++i) parameters[i] = (samples[i].t - first.t) / (last.t - first.t);
     for (int round = 0; round < kFitRounds; ++round) {
-        if (!ImproveHandles(fit, samples, parameters, round == 0 ? 3 : 1, 0.25 * tolerance_)) break;
+        if (!ImproveHandles(fit, samples, parameters, kFitSlack * tolerance_)) break;
     }
     if (fit.start_handle < 0 || fit.end_handle < 0) return std::nullopt;
     const Cubic curve = fit.Curve();
     const CubicPolynomial polynomial(curve);
-    if (WorstDeviation(polynomial, samples, parameters) > tolerance_) return std::nullopt;
+    const double slack = 0.5 * kFitSlack * tolerance_;
+    if (WorstDeviation(polynomial, samples, parameters, slack) > tolerance_) return std::nullopt;
     // Once more where the fit did not look.
     std::array<double, kFineSteps - 1> between;
-    for (std::size_t i = 0; i < between.size(); ++i) between[i] = fine[i + 1].progress;
-    if (WorstDeviation(polynomial, std::span(fine).subspan<1, kFineSteps - 1>(), between) > tolerance_) return std::nullopt;
+    for (std::size_t i = 0; i < between.size(); ++i) between[i] = static_cast<double>(i + 1) / kFineSteps;
+    if (WorstDeviation(polynomial, std::span(fine).subspan<1, kFineSteps - 1>(), between, slack) > tolerance_)
+        return std::nullopt;
     return curve;
 }
 
@@ -386,28 +390,29 @@ double ParameterAtProgress(std::span<const FitSample> fine, double progress) {
     return low.t + (high.t - low.t) * fraction;
 }
 
-// Newton's method for the parameter at which the curve crosses the sample's normal.
-void FindOnNormal(const CubicPolynomial& curve, const FitSample& sample, int rounds, double& u) {
-    for (int i = 0; i < rounds; ++i) {
+// The way from a sample to where the curve crosses its normal, by Newton's method for the parameter; `slack` is how far beside
+// the normal it may end.
+Point GapOnNormal(const CubicPolynomial& curve, const FitSample& sample, int rounds, double slack, double& u) {
+    for (;; --rounds) {
+        const Point gap = curve.At(u) - sample.position;
+        const double along = Dot(gap, sample.tangent);
         const double slope = Dot(curve.FirstDerivative(u), sample.tangent);
-        if (slope == 0) return;
-        const double step = Dot(curve.At(u) - sample.position, sample.tangent) / slope;
-        u = std::clamp(u - step, 0.0, 1.0);
+        if (rounds == 0 || std::abs(along) < slack || slope == 0) return gap;
+        u = std::clamp(u - along / slope, 0.0, 1.0);
     }
 }
 
 // One Gauss-Newton round on the deviations along the normals. The handle lengths enter the curve linearly, through the two inner
 // Bernstein polynomials. False when nothing is left to improve: the curve is within `slack` already, or the handles do not
 // matter, as on a straight parallel.
-bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, int rounds,
-                    double slack) {
+bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::span<double> parameters, double slack) {
     const CubicPolynomial curve(fit.Curve());
     double aa = 0, ab = 0, bb = 0, ae = 0, be = 0, worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
         double& u = parameters[i];
-        FindOnNormal(curve, samples[i], rounds, u);
+        const Point gap = GapOnNormal(curve, samples[i], 1, 0.5 * slack, u);
         const Point normal = RightNormal(samples[i].tangent);
-        const double error = Dot(curve.At(u) - samples[i].position, normal);
+        const double error = Dot(gap, normal);
         const double a = 3 * (1 - u) * (1 - u) * u * Dot(fit.start_tangent, normal);
         const double b = -3 * (1 - u) * u * u * Dot(fit.end_tangent, normal);
         aa += a * a, ab += a * b, bb += b * b, ae += a * error, be += b * error;
@@ -421,13 +426,14 @@ bool ImproveHandles(HandleCubic& fit, std::span<const FitSample> samples, std::s
 }
 
 // Distances, not only normal deviations: a sample whose normal the curve misses counts in full.
-double WorstDeviation(const CubicPolynomial& curve, std::span<const FitSample> samples, std::span<double> parameters) {
+double WorstDeviation(const CubicPolynomial& curve, std::span<const FitSample> samples, std::span<double> parameters,
+                      double slack) {
     double worst = 0;
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        FindOnNormal(curve, samples[i], 2, parameters[i]);
-        worst = std::max(worst, Distance(curve.At(parameters[i]), samples[i].position));
+        const Point gap = GapOnNormal(curve, samples[i], 2, slack, parameters[i]);
+        worst = std::max(worst, Dot(gap, gap));
     }
-    return worst;
+    return std::sqrt(worst);
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ constexpr double kParallel = 1e-4;      // sine of the angle between curves that
 constexpr double kSamePoint = 1e-6;     // pixels
 constexpr int kNewtonRounds = 8;
 constexpr int kChordRounds = 8;
+constexpr double kChordSettled = 1e-3;  // of the chord's length; near enough to start from
 
 /// Consecutive boundary edges along one piece.
 struct Run {
@@ -141,10 +142,11 @@ double LoopRebuilder::ParameterAt(std::uint32_t segment, GridPoint p) const {
     double low = source.from, high = source.to;
     double short_of = Dot(FromGrid(s.from) - target, span);  // negative at `low`
     double beyond = Dot(FromGrid(s.to) - target, span);      // positive at `high`
+    const double settled = kChordSettled * Dot(span, span);
     double t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
     for (int round = 0; round < kChordRounds && !piece.straight; ++round) {
         const double ahead = Dot(PointOn(piece, t) - target, span);
-        if (ahead == 0) break;
+        if (std::abs(ahead) < settled) break;
         if (ahead < 0) {
             low = t;
             short_of = ahead;
