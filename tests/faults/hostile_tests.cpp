@@ -64,7 +64,7 @@ class Hostile : public testing::Test {
     void TryAll(unsigned mixtures, const std::function<void(Chooser&)>& call) {
         int calls = 0;
         const auto attempt = [&](Chooser chooser) {
-            const std::clock_t start = std::clock();  // of the processor: the machine may be busy
+            const std::clock_t start = std::clock();  // of the processor, by the clock on Windows
             call(chooser);
             EXPECT_LT(std::clock() - start, kMostSeconds * CLOCKS_PER_SEC) << chooser.Chosen();
             EXPECT_FALSE(HasFailure()) << chooser.Chosen();
@@ -87,7 +87,7 @@ class Hostile : public testing::Test {
         return code;
     }
 
-    static constexpr int kMostSeconds = 20;  // under sanitizers, on all threads
+    static constexpr int kMostSeconds = 120;  // under sanitizers, on all threads, or on a busy machine by the clock
     support::QuietReports quiet_;
     int objects_ = refhost::LiveEngineObjects();
 };
