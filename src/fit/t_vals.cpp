@@ -63,10 +63,15 @@ void SetEven(CFPoolVector<float>& values) {
 bool SetChordLengths(CFPoolVector<float>& values, const float* xs, const float* ys) {
     double length = 0.0;  // a float sum of many steps drifts
     values.front() = 0.0F;
-    for (std::size_t j = 1; j < values.size(); ++j) {
-        const float dx = xs[j] - xs[j - 1], dy = ys[j] - ys[j - 1];
-        length += std::sqrt(static_cast<double>(dx * dx + dy * dy));
-        values[j] = NarrowToFloat(length);
+    constexpr std::size_t kBlock = 16;
+    double steps[kBlock];  // found before they are summed up, so that the compiler takes roots side by side
+    for (std::size_t first = 1; first < values.size(); first += kBlock) {
+        const std::size_t count = std::min(kBlock, values.size() - first);
+        for (std::size_t j = 0; j < count; ++j) {
+            const float dx = xs[first + j] - xs[first + j - 1], dy = ys[first + j] - ys[first + j - 1];
+            steps[j] = std::sqrt(static_cast<double>(dx * dx + dy * dy));
+        }
+        for (std::size_t j = 0; j < count; ++j) values[first + j] = NarrowToFloat(length += steps[j]);
     }
     const float total = values.back();
     if (total <= 0.0F) return false;
