@@ -16,8 +16,6 @@ double Bisect(const std::array<double, 4>& bernstein, double low, double high); 
 
 }  // namespace
 
-Cubic LineAsCubic(Point from, Point to) { return {from, Lerp(from, to, 1.0 / 3), Lerp(from, to, 2.0 / 3), to}; }
-
 Point StartTangent(const Cubic& c) { return DirectionOf({c.p1 - c.p0, c.p2 - c.p0, c.p3 - c.p0}); }
 
 Point EndTangent(const Cubic& c) { return DirectionOf({c.p3 - c.p2, c.p3 - c.p1, c.p3 - c.p0}); }

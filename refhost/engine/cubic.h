@@ -13,7 +13,7 @@ struct Cubic {
 };
 
 /// A straight leg as a cubic whose parameter runs evenly along it.
-Cubic LineAsCubic(Point from, Point to);
+inline Cubic LineAsCubic(Point from, Point to) { return {from, Lerp(from, to, 1.0 / 3), Lerp(from, to, 2.0 / 3), to}; }
 
 inline Point Evaluate(const Cubic& c, double t) {
     const double s = 1 - t;

@@ -20,8 +20,10 @@ constexpr double kReversalSine = 0.1;         // a turn this close to 180 degree
 constexpr double kQuarterArcError = 2.73e-4;  // of the radius: deviation of the usual cubic for a quarter circle
 
 void AppendOffsetLoop(std::span<const CurvePiece> loop, double distance, JoinStyle style, double tolerance, OffsetChain& chain);
+void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
+                std::vector<ChainPiece>& out);
 ChainPiece Parallel(const CurvePiece& piece, double distance, double tolerance);
-double RoundJoinAngle(Point before, Point after, double distance);
+double RoundJoinAngle(Point before, Point after, double turn, double distance);
 void AppendArc(Point centre, Point start_normal, double radius, double angle, double tolerance, std::vector<ChainPiece>& out);
 
 }  // namespace
@@ -47,13 +49,28 @@ OffsetChain BuildOffsetChain(const Outline& outline, double distance, JoinStyle 
     return chain;
 }
 
+namespace {
+
+void AppendOffsetLoop(std::span<const CurvePiece> loop, double distance, JoinStyle style, double tolerance, OffsetChain& chain) {
+    Point before = EndTangent(loop.back().curve);
+    for (const CurvePiece& piece : loop) {
+        const Point after = StartTangent(piece.curve);
+        AppendJoin(piece.curve.p0, before, after, distance, style, tolerance, chain.pieces);
+        chain.pieces.push_back(Parallel(piece, distance, tolerance));
+        before = EndTangent(piece.curve);
+    }
+    chain.CloseLoop();
+}
+
+// From corner + distance * normal of `before` to corner + distance * normal of `after`, unless they almost coincide.
 void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
                 std::vector<ChainPiece>& out) {
+    const double turn = TurningAngle(before, after);
+    if (std::abs(turn * distance) < kSmallGap) return;
     const Point from = corner + distance * RightNormal(before);
     const Point to = corner + distance * RightNormal(after);
-    if (from == to) return;
     const bool is_round = style.join == OffsetJoin::kRound;
-    const double angle = is_round ? RoundJoinAngle(before, after, distance) : TurningAngle(before, after);
+    const double angle = is_round ? RoundJoinAngle(before, after, turn, distance) : turn;
     const bool is_convex = angle * distance > 0;
     if (!is_convex) {
         out.push_back(Spoke(from, corner));
@@ -70,20 +87,6 @@ void AppendJoin(Point corner, Point before, Point after, double distance, JoinSt
     }
 }
 
-namespace {
-
-void AppendOffsetLoop(std::span<const CurvePiece> loop, double distance, JoinStyle style, double tolerance, OffsetChain& chain) {
-    Point before = EndTangent(loop.back().curve);
-    for (const CurvePiece& piece : loop) {
-        const Point after = StartTangent(piece.curve);
-        const double gap = std::abs(TurningAngle(before, after) * distance);
-        if (gap >= kSmallGap) AppendJoin(piece.curve.p0, before, after, distance, style, tolerance, chain.pieces);
-        chain.pieces.push_back(Parallel(piece, distance, tolerance));
-        before = EndTangent(piece.curve);
-    }
-    chain.CloseLoop();
-}
-
 ChainPiece Parallel(const CurvePiece& piece, double distance, double tolerance) {
     if (piece.straight) {
         const Point shift = distance * RightNormal(StartTangent(piece.curve));
@@ -96,17 +99,16 @@ ChainPiece Parallel(const CurvePiece& piece, double distance, double tolerance) 
 // Where the outline turns almost straight back, rounding decides the sign of the turn. The sector on the offset's own side is
 // then always a right choice, as every such sector lies in the disc round the corner; treating the tip of a spike as concave
 // would leave a slit along it.
-double RoundJoinAngle(Point before, Point after, double distance) {
-    const double angle = TurningAngle(before, after);
+double RoundJoinAngle(Point before, Point after, double turn, double distance) {
     const bool is_reversal = Dot(before, after) < 0 && std::abs(Cross(before, after)) < kReversalSine;
-    if (!is_reversal || angle * distance > 0) return angle;
-    return angle + std::copysign(2 * kPi, distance);
+    if (!is_reversal || turn * distance > 0) return turn;
+    return turn + std::copysign(2 * kPi, distance);
 }
 
 // Cubics whose deviation grows with the sixth power of their angle.
 void AppendArc(Point centre, Point start_normal, double radius, double angle, double tolerance, std::vector<ChainPiece>& out) {
     const double quarter_error = std::abs(radius) * kQuarterArcError;
-    const double largest = 0.5 * kPi * std::min(1.0, std::pow(tolerance / quarter_error, 1.0 / 6));
+    const double largest = 0.5 * kPi * (quarter_error <= tolerance ? 1 : std::pow(tolerance / quarter_error, 1.0 / 6));
     const int count = std::max(1, static_cast<int>(std::ceil(std::abs(angle) / largest - 1e-9)));
     const double step = angle / count;
     const double handle = 4.0 / 3 * std::tan(0.25 * step) * radius;

@@ -42,9 +42,4 @@ OffsetChain BuildOffsetChain(const Outline& outline, double distance, JoinStyle 
 /// An outline as a chain of its own curves: its offset by nothing.
 OffsetChain ChainOf(const Outline& outline);
 
-/// Appends what connects the parallels of two pieces meeting at `corner`, whose unit directions there are `before` and `after`:
-/// from corner + distance * normal of `before` to corner + distance * normal of `after`. Nothing when the two coincide.
-void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
-                std::vector<ChainPiece>& out);
-
 }  // namespace refhost
