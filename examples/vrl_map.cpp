@@ -89,9 +89,11 @@ void AppendEdge(const RPGraph& graph, std::int32_t number, std::string& text) {
     text += "\n{" + Field("number", number) + ',' + Field("a", edge.region_a) + ',' + Field("b", edge.region_b) +
             ",\"closed\":" + (edge.closed ? "true" : "false") + ",\"points\":";
     List points(text);
-    ForEachPoint(graph, edge, [&](CFPoint point) {
+    RPEdgePoints next(graph, edge);
+    for (std::int32_t i = 0; i < PointCount(edge); ++i) {
+        const CFPoint point = next();
         points.Next() += '[' + std::to_string(static_cast<int>(point.x)) + ',' + std::to_string(static_cast<int>(point.y)) + ']';
-    });
+    }
     points.End();
     text += '}';
 }
