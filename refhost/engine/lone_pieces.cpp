@@ -53,7 +53,7 @@ bool MovesAhead(const Cubic& c) {
            std::min({Dot(c.p1 - c.p0, chord), Dot(c.p2 - c.p1, chord), Dot(c.p3 - c.p2, chord)}) >= 0;
 }
 
-// One stays in a cone behind their common point, the other in the one ahead.
+// One stays in a cone behind their common point, the other in the one ahead; after a turn right back there is no ahead.
 bool AreOpposite(const Cubic& before, const Cubic& after) {
     const Point tip = before.p3;
     const Point ahead = EndTangent(before) + StartTangent(after);
@@ -62,8 +62,8 @@ bool AreOpposite(const Cubic& before, const Cubic& after) {
         const double along = Dot(way, ahead);
         return along >= 0 && along * along >= limit * Dot(way, way);
     };
-    return is_ahead(tip - before.p0) && is_ahead(tip - before.p1) && is_ahead(tip - before.p2) && is_ahead(after.p1 - tip) &&
-           is_ahead(after.p2 - tip) && is_ahead(after.p3 - tip);
+    return Dot(ahead, ahead) > 0 && is_ahead(tip - before.p0) && is_ahead(tip - before.p1) && is_ahead(tip - before.p2) &&
+           is_ahead(after.p1 - tip) && is_ahead(after.p2 - tip) && is_ahead(after.p3 - tip);
 }
 
 }  // namespace

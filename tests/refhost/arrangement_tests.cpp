@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <random>
 #include <set>
 
 #include "refhost/engine/arrangement.h"
+#include "refhost/engine/lone_pieces.h"
 #include "tests/support/offset_distance.h"
 
 namespace refhost {
@@ -156,6 +158,37 @@ TEST(Arrangement, RandomTanglesOnCoarseGridsComeOutClean) {
             for (const GridSegment& other : edges) ASSERT_FALSE(Cross(one, other)) << "round " << round;
         }
     }
+}
+
+/// A loop of lines through the points, but for the piece after the first point, which is `curve` where there is one.
+std::vector<bool> LonePiecesOf(const std::vector<Point>& corners, std::optional<Cubic> curve = std::nullopt) {
+    Outline outline;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        outline.pieces.push_back(StraightPiece(corners[i], corners[(i + 1) % corners.size()]));
+    }
+    if (curve) outline.pieces.front() = {*curve, false};
+    outline.CloseLoop();
+    return FindLonePieces(outline);
+}
+
+TEST(LonePieces, NeitherCrossThemselvesNorComeNearOthersNorTurnBackAtTheirEnds) {
+    using Lone = std::vector<bool>;
+    const Point a{0, 0}, b{100, 0}, c{100, 90}, d{0, 90};
+    EXPECT_EQ(LonePiecesOf({a, b, c, d}), Lone({true, true, true, true}));
+    EXPECT_EQ(LonePiecesOf({a, b, {0, 9}}), Lone({false, false, true})) << "a sharp tip";
+    EXPECT_EQ(LonePiecesOf({b, {100, 60}, {180, 120}, {180, 160}, {-50, 160}, {-50, 0}}, Cubic{b, {80, 0}, {60, 30}, {100, 60}}),
+              Lone({false, true, true, true, true, false}))
+        << "a turn right back";
+    EXPECT_EQ(LonePiecesOf({a, b, c, {60, 90}, {50, 0}, {40, 90}, d}), Lone({false, true, true, false, false, true, true}))
+        << "a corner on a side";
+    EXPECT_EQ(LonePiecesOf({a, b, c, d}, Cubic{a, {30, 20}, {70, 20}, b}), Lone({true, true, true, true})) << "a bow";
+    EXPECT_EQ(LonePiecesOf({a, b, {200, 0}, {200, -90}, {-90, -90}, {-90, 0}}, Cubic{a, {90, 40}, {10, 40}, b}),
+              Lone({false, true, true, true, true, true}))
+        << "a turn back on the way";
+    // The curve leaves the last side where that ends, straight on, and comes back through it.
+    EXPECT_EQ(LonePiecesOf({a, {-60, 40}, {-60, 90}, d}, Cubic{a, {0, -30}, {40, 40}, {-60, 40}}),
+              Lone({false, true, true, false}))
+        << "a crossing beside a corner";
 }
 
 }  // namespace
