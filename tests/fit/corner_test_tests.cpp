@@ -95,6 +95,11 @@ TEST(CornerTest, ClosedWindowsOverAllPointsOfAShiftedLoop) {
     EXPECT_EQ(indices, (std::vector<std::int32_t>{15, 35, 55, 75}));
 }
 
+TEST(LinTest, LooksAsFarAsBothEndsOfAnOpenChain) {
+    const CFSegment corner = ChainOf(3, kChainOpen, [](float i) { return i < 2 ? CFPoint{i, 0} : CFPoint{1, 1}; });
+    EXPECT_EQ(Fixture(corner).All(CFLinTest(80.0F, kHalfWidth)), (Anchors{{1, 0}, {1, 1}, {1, 2}}));
+}
+
 TEST(LinTest, StraightRunsHaveNoCorner) {
     const CFSegment line = ChainOf(40, kChainOpen, [](float i) { return CFPoint{3 * i, 4 * i}; });
     const CFSegment same(10, kSpacingUnitSteps, kChainOpen);
