@@ -62,11 +62,13 @@ void Halve(const Complex* from, Complex* to, std::size_t count) {
 
 }  // namespace
 
-/// A quarter of a turn of sines gives all others, so that they have the symmetries of the circle.
-CFFourierTransform::CFFourierTransform(std::size_t length)
+/// A quarter of a turn of sines gives all others, so that they have the symmetries of the circle. Those of a longer transform
+/// are the same bit by bit, as lengths are powers of two.
+CFFourierTransform::CFFourierTransform(std::size_t length, const CFFourierTransform* longer)
     : length_(length), sines_(length / 2 + 1), rotations_(length - length / 4) {
     for (std::size_t m = 0; m < sines_.size(); ++m) {
-        sines_[m] = std::sin(std::numbers::pi * static_cast<double>(m) / static_cast<double>(length));
+        sines_[m] = longer != nullptr ? longer->sines_[m * (longer->length_ / length)]
+                                      : std::sin(std::numbers::pi * static_cast<double>(m) / static_cast<double>(length));
     }
     for (std::size_t k = 0; k < rotations_.size(); ++k) rotations_[k] = {Sine(2 * k + length / 2), -Sine(2 * k)};
 }

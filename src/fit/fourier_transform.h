@@ -8,7 +8,8 @@
 /// points: most have a few dozen, for which general libraries spend most of their time beside the sums.
 class CFFourierTransform {
  public:
-    explicit CFFourierTransform(std::size_t length);
+    /// `longer`: a longer transform to copy sines from, or null.
+    explicit CFFourierTransform(std::size_t length, const CFFourierTransform* longer = nullptr);
 
     /// Sets `to`[k] to the sum over j of `from`[j] exp(-2 pi i j k / length). `spare` is working storage. All three are
     /// different and as long as the transform.

@@ -37,7 +37,8 @@ std::optional<int> FirstPositiveStep(const Function& function) {
 }  // namespace
 
 /// 2 - 2 cos(2a) is 4 sin(a)^2, which keeps its digits at low frequencies.
-CFNoiseSmoother::Tables::Tables(std::size_t length) : transform(length), weights((length / 2 + kLanes - 1) / kLanes * kLanes) {
+CFNoiseSmoother::Tables::Tables(std::size_t length, const CFFourierTransform* longer)
+    : transform(length, longer), weights((length / 2 + kLanes - 1) / kLanes * kLanes) {
     for (std::size_t k = 1; k <= length / 2; ++k) {
         const double sine = transform.Sine(k);
         weights[k - 1] = 16.0 * sine * sine * sine * sine;
@@ -94,7 +95,7 @@ const CFNoiseSmoother::Tables& CFNoiseSmoother::TablesOfLength() {
     const auto log = static_cast<std::size_t>(std::countr_zero(length_));
     if (tables_.size() <= log) tables_.resize(log + 1);
     std::optional<Tables>& tables = tables_[log];
-    if (!tables) tables.emplace(length_);
+    if (!tables) tables.emplace(length_, tables_.back() ? &tables_.back()->transform : nullptr);
     return *tables;
 }
 

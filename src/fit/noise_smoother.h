@@ -30,7 +30,7 @@ class CFNoiseSmoother {
  private:
     /// What the chains of one length L share.
     struct Tables {
-        explicit Tables(std::size_t length);
+        Tables(std::size_t length, const CFFourierTransform* longer);
 
         CFFourierTransform transform;
         std::vector<double> weights;  // w_k for k from 1 to L / 2, zeros added up to a whole number of lanes
