@@ -1,6 +1,8 @@
 #include "fit/path.h"
 
-#include <utility>
+#include <algorithm>
+#include <functional>
+#include <iterator>
 
 #include "base/errors.h"
 #include "fit/spline_result.h"
@@ -9,9 +11,10 @@ namespace {
 
 RPAnchor AnchorAt(const CFLocation& location);
 RPAnchor Reversed(const RPAnchor& anchor) { return {anchor.position, anchor.out, anchor.in, anchor.corner}; }
-/// Adds the anchors from `from` on; with `join` the first one only gives its out-handle to the last of `anchors`.
-template <class Iterator>
-void AppendRange(std::vector<RPAnchor>& anchors, Iterator from, Iterator to, bool join);
+/// Adds what `anchor_of` makes of the anchors from `from` on; with `join` the first one only gives its out-handle to the last of
+/// `anchors`.
+template <class Iterator, class AnchorOf>
+void AppendRange(CFPoolVector<RPAnchor>& anchors, Iterator from, Iterator to, bool join, AnchorOf anchor_of);
 
 }  // namespace
 
@@ -20,13 +23,12 @@ RPPath::RPPath(const CFSplineResult& result) : closed(result.IsClosed()) {
     for (const CFLocation* location : result.Locations()) anchors.push_back(AnchorAt(*location));
 }
 
-void RPPath::Append(const RPPath& other, bool join) { AppendRange(anchors, other.anchors.begin(), other.anchors.end(), join); }
+void RPPath::Append(const RPPath& other, bool join) {
+    AppendRange(anchors, other.anchors.begin(), other.anchors.end(), join, std::identity());
+}
 
 void RPPath::AppendReversed(const RPPath& other, bool join) {
-    std::vector<RPAnchor> reversed;
-    reversed.reserve(other.anchors.size());
-    for (auto anchor = other.anchors.rbegin(); anchor != other.anchors.rend(); ++anchor) reversed.push_back(Reversed(*anchor));
-    AppendRange(anchors, reversed.begin(), reversed.end(), join);
+    AppendRange(anchors, other.anchors.rbegin(), other.anchors.rend(), join, Reversed);
 }
 
 void RPPath::Close() {
@@ -46,14 +48,14 @@ RPAnchor AnchorAt(const CFLocation& location) {
             after != nullptr ? after->Curve().Control(1) : position, location.corner};
 }
 
-template <class Iterator>
-void AppendRange(std::vector<RPAnchor>& anchors, Iterator from, Iterator to, bool join) {
+template <class Iterator, class AnchorOf>
+void AppendRange(CFPoolVector<RPAnchor>& anchors, Iterator from, Iterator to, bool join, AnchorOf anchor_of) {
     if (join && !anchors.empty()) {
         if (from == to) throw kBrokenInvariant;
-        anchors.back().out = from->out;
+        anchors.back().out = anchor_of(*from).out;
         ++from;
     }
-    anchors.insert(anchors.end(), from, to);
+    std::transform(from, to, std::back_inserter(anchors), anchor_of);
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <vector>
-
 #include "base/point.h"
+#include "fit/pool.h"
 
 class CFSplineResult;
 
@@ -15,7 +14,7 @@ struct RPAnchor {
 };
 
 /// A chain of cubic curves: from every anchor to the next by its out-handle and the next one's in-handle.
-class RPPath {
+class RPPath : public CFPooled {
  public:
     RPPath() = default;
     /// The path of a fitted chain, one anchor for each junction.
@@ -30,6 +29,6 @@ class RPPath {
     /// Makes the first and the last anchor one when they coincide.
     void Close();
 
-    std::vector<RPAnchor> anchors;
+    CFPoolVector<RPAnchor> anchors;
     bool closed = false;
 };

@@ -48,4 +48,4 @@ struct CFPoolAllocator {
 template <class T>
 using CFPoolVector = std::vector<T, CFPoolAllocator<T>>;
 template <class T>
-using CFPoolList = std::list<T, CFPoolAllocator<T>>;
+struct CFPoolList : std::list<T, CFPoolAllocator<T>>, CFPooled {};

@@ -29,7 +29,7 @@ inline std::int32_t RoundLoop(std::int32_t index, std::int32_t count) {
 }
 
 /// A chain of outline points in pixels.
-class CFSegment {
+class CFSegment : public CFPooled {
  public:
     /// All points at the origin.
     /// @throws int  kBrokenInvariant when `count` is below 1

@@ -85,7 +85,7 @@ TEST(SplineResult, LinksOpenAndClosedChains) {
     EXPECT_THAT(Junctions(loop), ElementsAre(4));
     ExpectLinked(loop);
     const CFPoint p4 = Loop().Point(4);
-    EXPECT_EQ(RPPath(loop).anchors, std::vector<RPAnchor>({{p4, p4 + CFPoint{0, -1}, p4 + CFPoint{1, 0}, false}}));
+    EXPECT_EQ(RPPath(loop).anchors, CFPoolVector<RPAnchor>({{p4, p4 + CFPoint{0, -1}, p4 + CFPoint{1, 0}, false}}));
 }
 
 TEST(SplineResult, RefusesCurvesThatDoNotConnect) {
@@ -126,7 +126,7 @@ TEST(SplineResult, ReplacesTheCurvesRoundAJunction) {
 
 // --- Paths ---
 
-RPPath PathOf(std::vector<RPAnchor> anchors) {
+RPPath PathOf(CFPoolVector<RPAnchor> anchors) {
     RPPath path;
     path.anchors = std::move(anchors);
     return path;

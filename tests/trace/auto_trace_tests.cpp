@@ -178,7 +178,7 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
                 RPPath reversed;
                 reversed.AppendReversed(art_of(region.index).holes[place++], false);
                 if (inside[hole].size() != 1) continue;
-                std::vector<RPAnchor> outer = art_of(inside[hole][0]).outer[0].anchors;
+                auto outer = art_of(inside[hole][0]).outer[0].anchors;
                 ASSERT_EQ(outer.size(), reversed.anchors.size());
                 const auto seam = std::ranges::find(outer, reversed.anchors[0]);
                 ASSERT_NE(seam, outer.end());
