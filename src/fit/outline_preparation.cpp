@@ -7,7 +7,7 @@
 
 namespace {
 
-bool IsPrepared(const CFOutlineEdge& edge) { return edge.slots->derived && edge.slots->ranking; }
+bool IsPrepared(const CFOutlineEdge& edge) { return edge.slots == nullptr || (edge.slots->derived && edge.slots->ranking); }
 
 void FillSlots(CFPreparedChain& slots, CFPreparedChain prepared) {
     if (!slots.derived) slots.derived = std::move(prepared.derived);

@@ -18,7 +18,7 @@ struct CFPreparedChain {
 struct CFOutlineEdge {
     const CFSegment* raw;  // unit steps
     bool reversed;         // walked from its last point to its first
-    CFPreparedChain* slots;
+    CFPreparedChain* slots;  // none where it is not needed
 };
 
 /// Prepares outlines for curve fitting. One preparer serves all outlines of a trace and keeps its working storage.

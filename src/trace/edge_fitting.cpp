@@ -31,7 +31,7 @@ class EdgeFitting {
         });
         PrepareRing();
         for (const RingEdge& edge : ring_) {
-            ts::auto_ptr<RPPath>& path = paths_[static_cast<std::size_t>(edge.number)];
+            ts::auto_ptr<RPPath>& path = PathOf(edge);
             if (!path) generator_->FitEdge({edge.raw, *edge.prepared.derived, *edge.prepared.ranking}, path);
         }
     }
@@ -49,9 +49,11 @@ class EdgeFitting {
 
     void PrepareRing() {
         outline_.clear();
-        for (RingEdge& edge : ring_) outline_.push_back({&edge.raw, edge.reversed, &edge.prepared});
+        for (RingEdge& edge : ring_) outline_.push_back({&edge.raw, edge.reversed, PathOf(edge) ? nullptr : &edge.prepared});
         preparer_.Prepare(outline_);
     }
+
+    ts::auto_ptr<RPPath>& PathOf(const RingEdge& edge) { return paths_[static_cast<std::size_t>(edge.number)]; }
 
     const RPTrace* trace_;
     KVPathGenerator* generator_;
