@@ -16,8 +16,8 @@ struct CFPreparedChain {
 
 /// One chain of an outline, and where its preparation goes.
 struct CFOutlineEdge {
-    const CFSegment* raw;  // unit steps
-    bool reversed;         // walked from its last point to its first
+    const CFSegment* raw;    // unit steps
+    bool reversed;           // walked from its last point to its first
     CFPreparedChain* slots;  // none where it is not needed
 };
 
