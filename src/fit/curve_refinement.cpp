@@ -77,21 +77,25 @@ void KeepOrder(float* ts, std::int32_t count) {
         ts[j] = ts[j - 1];
         if (j == 1 || t >= ts[j - 2]) ts[j - 1] = t;
     };
-    std::int32_t j = 1;
-    for (; j + kLanes <= count; j += kLanes) {
-        if (AllSet(Load(ts + j) >= Load(ts + j - 1))) continue;
-        for (std::int32_t lane = 0; lane < kLanes; ++lane) settle(j + lane);
+    for (std::int32_t j = 1; j < count; j += kLanes) {
+        const std::int32_t end = std::min(j + kLanes, count), looked_at = end - kLanes;  // some points of the last lanes twice
+        if (AllSet(Load(ts + looked_at) >= Load(ts + looked_at - 1))) continue;
+        for (std::int32_t k = j; k < end; ++k) settle(k);
     }
-    for (; j < count; ++j) settle(j);
 }
 
 void SnapToGrid(float* ts, std::int32_t count) {
     const float steps = static_cast<float>(kGridSteps) * static_cast<float>(count - 1);
     if (steps < kFinestGrid) {
-        for (std::int32_t j = 0; j < count; ++j) {
-            const float step = static_cast<float>(static_cast<std::int32_t>(ts[j] * steps + 0.5F));
-            ts[j] = std::min(step, steps) / steps;
-        }
+        const Lanes most = Lanes{} + steps;
+        const auto snapped = [&](Lanes t) {
+            const LaneFlags step = __builtin_convertvector(t * steps + 0.5F, LaneFlags);
+            return Least(__builtin_convertvector(step, Lanes), most) / steps;
+        };
+        const std::int32_t last = count - kLanes;
+        const Lanes snapped_last = snapped(Load(ts + last));  // they may overlap those before
+        for (std::int32_t j = 0; j < last; j += kLanes) Store(snapped(Load(ts + j)), ts + j);
+        Store(snapped_last, ts + last);
     }
     ts[0] = 0.0F;
     ts[count - 1] = 1.0F;
