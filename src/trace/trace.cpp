@@ -64,14 +64,15 @@ RPPixelMap ColourNumbers::AllPixels() {
 
 // Numbers a row; false when it has a colour that is not one of the latest, then the numbers mean nothing.
 bool ColourNumbers::NumberKnownRow(const std::uint8_t* source, std::uint8_t* row) const {
-    const std::uint32_t first = latest_[0].colour, first_number = latest_[0].number;
-    const std::uint32_t second = latest_[1].colour, second_number = latest_[1].number;
+    const std::uint32_t first = latest_[0].colour, second = latest_[1].colour;
+    const std::uint32_t second_number = latest_[1].number, difference = latest_[0].number ^ second_number;
     const std::int32_t width = raster_->Width();
     std::uint32_t unknown = 0;
     for (std::int32_t x = 0; x < width; ++x) {  // without branches, so that compilers use wide registers
         const std::uint32_t colour = ColourOf(source + std::ptrdiff_t{4} * x);
-        unknown |= colour == first || colour == second ? 0U : 1U;
-        row[x] = static_cast<std::uint8_t>(colour == first ? first_number : second_number);
+        const std::uint32_t is_first = colour == first ? ~0U : 0U, is_second = colour == second ? ~0U : 0U;
+        unknown |= ~(is_first | is_second);
+        row[x] = static_cast<std::uint8_t>(second_number ^ (is_first & difference));
     }
     return unknown == 0;
 }
