@@ -29,9 +29,10 @@ class Results:
         for run in results["benchmarks"]:
             if run.get("error_occurred") or run.get("aggregate_name", "median") != "median":
                 continue
+            name = run["run_name"].split("/min_time:")[0]
             is_median = run["run_type"] == "aggregate"
-            if is_median or run["run_name"] not in self.by_name:
-                self.by_name[run["run_name"]] = run
+            if is_median or name not in self.by_name:
+                self.by_name[name] = run
 
     def counter(self, name, counter):
         return self.by_name.get(name, {}).get(counter)
