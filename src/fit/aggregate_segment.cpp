@@ -18,7 +18,7 @@ std::int32_t OutlineCount(std::span<const CFDirectedSegment> path) {
 }  // namespace
 
 CFAggregateSegment::CFAggregateSegment(std::span<const CFDirectedSegment> path)
-    : CFSegment(OutlineCount(path), kSpacingUnitSteps, kChainClosed) {
+    : CFSegment(Unset(), OutlineCount(path), kSpacingUnitSteps, kChainClosed, 0) {
     starts_.reserve(path.size());
     std::int32_t first = 0;
     CFPoint reached = path.back().Point(path.back().segment->Count() - 1);

@@ -18,45 +18,50 @@ CFPoint Middle(CFPoint a, CFPoint b) { return (a + b) * 0.5F; }
 CFPoint Project(CFPoint point, CFPoint a, CFPoint b) {
     const CFPoint chord = b - a, offset = point - a;  // exact, for the multiples of 1/4 that pieces end on
     const float squared = chord.x * chord.x + chord.y * chord.y;
-    if (squared < kShortestPiece) return a;
     const float along = offset.x * chord.x + offset.y * chord.y;
-    return a + chord * std::clamp(along / squared, 0.0F, 1.0F);
+    const float share = std::min(std::max(along / squared, 0.0F), 1.0F);
+    return a + chord * (squared < kShortestPiece ? 0.0F : share);
 }
 
 }  // namespace
 
 ts::auto_ptr<CFSegment> CFDerivedChainBuilder::Build(const CFMappedSegment& centres) {
     piece_ids_.assign(static_cast<std::size_t>(centres.Count()), kNoPiece);
+    pieces_.resize(1);
     if (centres.Count() >= kFewestCentres) {
         ClassifySteps(centres);
         CutPieces(centres);
         JoinPieces();
     }
     const CFSegment& raw = centres.Source();
-    auto derived = ts::make_auto<CFSegment>(raw.Count(), kSpacingDerived, kChainClosed);
-    derived->SetPoints(0, raw.Count(), [&, k = 0]() mutable {
+    return ts::make_auto<CFSegment>(raw.Count(), kSpacingDerived, kChainClosed, [&, k = 0]() mutable {
         const CFPoint position = Position({raw.X()[k], raw.Y()[k]}, centres.Mapping().Centre(k));
         ++k;
         return position;
     });
-    return derived;
 }
 
-// Outlines turn where no processor foresees it, so the two passes over their steps are free of jumps.
+// Outlines turn where no processor foresees it, so the passes over their points are free of jumps.
 
 /// The step that closes the chain is not looked at. A step across the one before it starts as neither, but becomes part of
 /// what follows when the next step goes on from it; so does a slanting step.
 void CFDerivedChainBuilder::ClassifySteps(const CFSegment& centres) {
-    steps_.resize(static_cast<std::size_t>(centres.Count()));
-    Step before = Step::kOther;
-    for (std::int32_t i = 1; i < centres.Count(); ++i) {
-        const float across = std::abs(centres.X()[i] - centres.X()[i - 1]), down = std::abs(centres.Y()[i] - centres.Y()[i - 1]);
+    const auto count = static_cast<std::size_t>(centres.Count());
+    steps_.resize(count);
+    const float* const xs = centres.X();
+    const float* const ys = centres.Y();
+    Step* const steps = steps_.data();
+    for (std::size_t i = 1; i < count; ++i) {
+        const float across = std::abs(xs[i] - xs[i - 1]), down = std::abs(ys[i] - ys[i - 1]);
         const bool level = std::max(std::abs(across - 1.0F), down) <= kSameCoordinate;
         const bool upright = std::max(across, std::abs(down - 1.0F)) <= kSameCoordinate;
-        const Step step = level ? Step::kLevel : upright ? Step::kUpright : Step::kOther;
-        const bool turns = step != before && step != Step::kOther && before != Step::kOther;
-        const Step kept = turns ? Step::kOther : step;
-        steps_[static_cast<std::size_t>(i) - 1] = kept == Step::kOther ? before : kept;
+        steps[i - 1] = static_cast<Step>((level ? kLevel : kOther) | (upright ? kUpright : kOther));
+    }
+    Step before = kOther;
+    for (std::size_t i = 1; i < count; ++i) {
+        const Step step = steps[i - 1];
+        const Step kept = (step | before) == (kLevel | kUpright) ? kOther : step;
+        steps[i - 1] = kept == kOther ? before : kept;
         before = kept;
     }
     steps_.back() = before;
@@ -70,14 +75,14 @@ void CFDerivedChainBuilder::CutPieces(const CFSegment& centres) {
     const std::int32_t middle = is_one_run ? count / 2 : 0;
     pieces_.resize(static_cast<std::size_t>(count) + 1);
     std::int32_t met = 0;
-    Step before = Step::kOther;
+    Step before = kOther;
     CFPoint last;
     for (std::int32_t i = 0; i < count; ++i) {
         const Step step = steps_[static_cast<std::size_t>(i)];
         const CFPoint point{centres.X()[i], centres.Y()[i]};
-        const float aside = std::abs(step == Step::kLevel ? point.y - last.y : point.x - last.x);
+        const float aside = std::abs(step == kLevel ? point.y - last.y : point.x - last.x);
         const int cuts = int{step != before} + int{aside >= kSameCoordinate} + int{i == middle} + int{i == 0};
-        const bool is_in_piece = step != Step::kOther;
+        const bool is_in_piece = step != kOther;
         met += cuts > 0 && is_in_piece ? 1 : 0;
         const std::int32_t id = is_in_piece ? met : kNoPiece;
         Piece& piece = pieces_[static_cast<std::size_t>(id)];
@@ -101,7 +106,7 @@ void CFDerivedChainBuilder::JoinPieces() {
 
 CFPoint CFDerivedChainBuilder::Position(CFPoint raw, std::int32_t centre) const {
     const std::int32_t id = piece_ids_[static_cast<std::size_t>(centre)];
-    if (id == kNoPiece) return raw;
     const Piece& piece = pieces_[static_cast<std::size_t>(id)];
-    return Project(raw, piece.start, piece.end);
+    const CFPoint projected = Project(raw, piece.start, piece.end);  // without a piece too, so as not to jump
+    return {id == kNoPiece ? raw.x : projected.x, id == kNoPiece ? raw.y : projected.y};
 }

@@ -15,7 +15,7 @@ class CFDerivedChainBuilder {
     ts::auto_ptr<CFSegment> Build(const CFMappedSegment& centres);
 
  private:
-    enum class Step : std::uint8_t { kOther, kLevel, kUpright };
+    enum Step : std::uint8_t { kOther = 0, kLevel = 1, kUpright = 2 };  // one bit each
     struct Piece {
         CFPoint start, end;
     };

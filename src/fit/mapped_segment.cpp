@@ -62,7 +62,7 @@ void CFSegmentMapping::MergeLastIntoFirst() {
 CFMappedSegment::CFMappedSegment(const CFSegment& outline) : CFMappedSegment(outline, CFSegmentMapping(outline)) {}
 
 CFMappedSegment::CFMappedSegment(const CFSegment& outline, CFSegmentMapping mapping)
-    : CFSegment(mapping.CentreCount(), kSpacingGeneral, kChainClosed, kMappedTag),
+    : CFSegment(Unset(), mapping.CentreCount(), kSpacingGeneral, kChainClosed, kMappedTag),
       source_(&outline),
       mapping_(std::move(mapping)) {
     SetPoints(0, Count(), [&, i = 0]() mutable { return CentreBeside(outline, mapping_.Creator(i++)); });

@@ -17,15 +17,15 @@ void FillSlots(CFPreparedChain& slots, CFPreparedChain prepared) {
 /// The part of a prepared outline that belongs to the chain at `start`, in the chain's own direction. The closing chain ends
 /// at the outline's first point.
 CFPreparedChain CutBack(const CFPreparedChain& outline, const CFAggregateSegment::start& start) {
-    CFPreparedChain piece{ts::make_auto<CFSegment>(start.count, kSpacingDerived, kChainOpen),
-                          ts::make_auto<CFRanking>(start.count)};
     const std::int32_t from = start.reversed ? start.first + start.count - 1 : start.first, step = start.reversed ? -1 : 1;
     const CFSegment& derived = *outline.derived;
-    piece.derived->SetPoints(0, start.count, [&, k = from]() mutable {
+    auto next_point = [&, k = from]() mutable {
         const CFPoint point{derived.X()[k], derived.Y()[k]};
         k += step;
         return point;
-    });
+    };
+    CFPreparedChain piece{ts::make_auto<CFSegment>(start.count, kSpacingDerived, kChainOpen, next_point),
+                          ts::make_auto<CFRanking>(start.count)};
     std::int32_t k = from;
     for (float& value : piece.ranking->values) {
         value = outline.ranking->values[static_cast<std::size_t>(RoundLoop(k, derived.Count()))];

@@ -34,6 +34,13 @@ class CFSegment : public CFPooled {
     /// All points at the origin.
     /// @throws int  kBrokenInvariant when `count` is below 1
     CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type);
+    /// The points that `next()` gives, one each time.
+    /// @throws int  kBrokenInvariant when `count` is below 1
+    template <class Next>
+    CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type, Next&& next)
+        : CFSegment(Unset(), count, spacing, type, 0) {
+        SetPoints(0, count, next);
+    }
     CFSegment(const CFSegment&) = default;
     CFSegment(CFSegment&&) noexcept = default;
     CFSegment& operator=(const CFSegment&) = default;
@@ -89,7 +96,9 @@ class CFSegment : public CFPooled {
     const float* Y() const { return ys_.data(); }
 
  protected:
-    CFSegment(std::int32_t count, std::int32_t spacing, std::int32_t type, std::int32_t tag);
+    struct Unset {};
+    /// Points without values, all of which must be set.
+    CFSegment(Unset, std::int32_t count, std::int32_t spacing, std::int32_t type, std::int32_t tag);
 
  private:
     [[noreturn]] static void RefuseIndex();

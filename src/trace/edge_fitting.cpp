@@ -13,9 +13,7 @@ struct RingEdge {
 };
 
 CFSegment RawSegment(const RPGraph& graph, const RPEdge& edge) {
-    CFSegment raw(PointCount(edge), kSpacingUnitSteps, edge.closed ? kChainClosed : kChainOpen);
-    raw.SetPoints(0, raw.Count(), RPEdgePoints(graph, edge));
-    return raw;
+    return {PointCount(edge), kSpacingUnitSteps, edge.closed ? kChainClosed : kChainOpen, RPEdgePoints(graph, edge)};
 }
 
 class EdgeFitting {
