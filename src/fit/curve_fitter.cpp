@@ -7,7 +7,6 @@
 #include "base/errors.h"
 #include "fit/curve_refinement.h"
 #include "fit/curve_view_proxy.h"
-#include "fit/spline_result.h"
 
 namespace {
 
@@ -21,7 +20,7 @@ CF1CurveFitter::CF1CurveFitter(float tolerance, const CFTangentEstimator* estima
     if (estimator == nullptr || check == nullptr) throw kBrokenInvariant;
 }
 
-void CF1CurveFitter::Fit(const CFAnchorSet& anchors, CFSplineResult& result, std::vector<CFSpanFit>& known) {
+void CF1CurveFitter::Fit(const CFAnchorSet& anchors, CFCurveSink& result, std::vector<CFSpanFit>& known) {
     const CFAnchorList& list = *anchors.anchors;
     if (list.empty()) throw kBrokenInvariant;
     if (list.size() == 1) return FitSpan(LoopView(anchors, *list.front()), known, result);
@@ -46,7 +45,7 @@ CF1CurveFitter::Attempt CF1CurveFitter::FitOnce(ts::auto_ptr<CF1CurveView> view)
 }
 
 /// `known` is in the order of the chain, so it is searched by halving; a span out of order is not kept.
-void CF1CurveFitter::FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpanFit>& known, CFSplineResult& result) {
+void CF1CurveFitter::FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpanFit>& known, CFCurveSink& result) {
     const std::int32_t start = view->Window().StartIndex(), end = view->Window().EndIndex();
     const bool smooth = view->Constraints().start_tangent.active;
     const auto found = std::lower_bound(known.begin(), known.end(), start,
@@ -61,11 +60,11 @@ void CF1CurveFitter::FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpan
     AddOrSplit(std::move(attempt), 0, result);
 }
 
-void CF1CurveFitter::FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFSplineResult& result) {
+void CF1CurveFitter::FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFCurveSink& result) {
     AddOrSplit(FitOnce(std::move(view)), depth, result);
 }
 
-void CF1CurveFitter::AddOrSplit(Attempt attempt, std::int32_t depth, CFSplineResult& result) {
+void CF1CurveFitter::AddOrSplit(Attempt attempt, std::int32_t depth, CFCurveSink& result) {
     const bool is_step = attempt.result->View().Window().Count() == 2;
     if (attempt.passed || is_step || depth == kDepthLimit - 1) return result.Add(std::move(attempt.result));
 

@@ -13,8 +13,6 @@
 #include "fit/pool.h"
 #include "fit/tangent_estimator.h"
 
-class CFSplineResult;
-
 /// A fitted curve and the view it was fitted to.
 class CFResult : public CFPooled {
  public:
@@ -32,6 +30,18 @@ class CFResult : public CFPooled {
  private:
     CFBezier3 curve_;
     ts::auto_ptr<CF1CurveView> view_;
+};
+
+/// What takes fitted curves, in the order of their chain.
+class CFCurveSink {
+ public:
+    virtual ~CFCurveSink() = default;
+    virtual void Add(ts::auto_ptr<CFResult> result) = 0;
+
+ protected:
+    CFCurveSink() = default;
+    CFCurveSink(const CFCurveSink&) = default;
+    CFCurveSink& operator=(const CFCurveSink&) = default;
 };
 
 /// The fit of a whole span from one anchor to the next.
@@ -56,12 +66,12 @@ class CF1CurveFitter {
     /// @throws int  kBrokenInvariant without an estimator or a check
     CF1CurveFitter(float tolerance, const CFTangentEstimator* estimator, const CFFidelityCheck* check);
 
-    /// Appends the curves of the anchors' chain to `result`, in the order of the chain. The chain and its ranking must outlive
-    /// `result`. `known`: whole spans of the same chain that an earlier call fitted, empty at first. Those it holds are not
+    /// Adds the curves of the anchors' chain to `result`, in the order of the chain. The chain and its ranking must outlive
+    /// them. `known`: whole spans of the same chain that an earlier call fitted, empty at first. Those it holds are not
     /// fitted again, others are added to it.
     /// @throws int  kBrokenInvariant without anchors, or when one of several is not a corner
-    void Fit(const CFAnchorSet& anchors, CFSplineResult& result, std::vector<CFSpanFit>& known);
-    void Fit(const CFAnchorSet& anchors, CFSplineResult& result) {
+    void Fit(const CFAnchorSet& anchors, CFCurveSink& result, std::vector<CFSpanFit>& known);
+    void Fit(const CFAnchorSet& anchors, CFCurveSink& result) {
         std::vector<CFSpanFit> none;
         Fit(anchors, result, none);
     }
@@ -73,9 +83,9 @@ class CF1CurveFitter {
     float Tolerance() const { return tolerance_; }
 
  private:
-    void FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpanFit>& known, CFSplineResult& result);
-    void FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFSplineResult& result);
-    void AddOrSplit(Attempt attempt, std::int32_t depth, CFSplineResult& result);
+    void FitSpan(ts::auto_ptr<CF1CurveView> view, std::vector<CFSpanFit>& known, CFCurveSink& result);
+    void FitView(ts::auto_ptr<CF1CurveView> view, std::int32_t depth, CFCurveSink& result);
+    void AddOrSplit(Attempt attempt, std::int32_t depth, CFCurveSink& result);
     CFBezier3 FitCurve(const CF1CurveView& view);
     void SplitView(const CF1CurveView& view, ts::auto_ptr<CF1CurveView>& first, ts::auto_ptr<CF1CurveView>& second) const;
     CFTangentConstraint TangentAt(const CFWindow& window, std::int32_t k, bool smooth) const;

@@ -1,6 +1,7 @@
 #include "fit/path_generator.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/errors.h"
 #include "fit/spline_result.h"
@@ -11,8 +12,17 @@ constexpr float kCandidateScore = 0.8F;     // radians of turning above which a 
 constexpr float kFirstCornerAngle = 40.0F;  // degrees
 
 CFPoolVector<std::int32_t> HighScores(const CFRanking& ranking);
-/// In increasing order: the chain of a closed result may start anywhere.
-CFPoolVector<std::int32_t> JunctionIndices(const CFSplineResult& result);
+
+/// Keeps where curves meet and drops them, so that the next ones find their storage still at hand.
+class Junctions : public CFCurveSink {
+ public:
+    void Add(ts::auto_ptr<CFResult> result) override;
+    /// In increasing order: a closed chain may start anywhere.
+    CFPoolVector<std::int32_t> Sorted() &&;
+
+ private:
+    CFPoolVector<std::int32_t> indices_;
+};
 
 }  // namespace
 
@@ -42,9 +52,9 @@ CFPoolVector<std::int32_t> KVPathGenerator::FirstJunctions(const FitInput& edge)
     const CFWindow window(edge.raw, WholeBound(edge.raw));
     first_corner_test_.TestCandidates(window, HighScores(edge.ranking), anchors);
     fitter_->SetSmoothSplits(false);
-    CFSplineResult result;
-    fitter_->Fit(anchors, result, known_);
-    return JunctionIndices(result);
+    Junctions junctions;
+    fitter_->Fit(anchors, junctions, known_);
+    return std::move(junctions).Sorted();
 }
 
 void KVPathGenerator::FitSecond(const FitInput& edge, std::span<const std::int32_t> junctions, CFSplineResult& result) {
@@ -65,12 +75,14 @@ CFPoolVector<std::int32_t> HighScores(const CFRanking& ranking) {
     return indices;
 }
 
-CFPoolVector<std::int32_t> JunctionIndices(const CFSplineResult& result) {
-    CFPoolVector<std::int32_t> indices;
-    indices.reserve(result.Locations().size());
-    for (const CFLocation* location : result.Locations()) indices.push_back(location->index);
-    std::sort(indices.begin(), indices.end());
-    return indices;
+void Junctions::Add(ts::auto_ptr<CFResult> result) {
+    if (indices_.empty()) indices_.push_back(result->StartIndex());
+    if (result->EndIndex() != indices_.front()) indices_.push_back(result->EndIndex());  // else the chain closes
+}
+
+CFPoolVector<std::int32_t> Junctions::Sorted() && {
+    std::sort(indices_.begin(), indices_.end());
+    return std::move(indices_);
 }
 
 }  // namespace

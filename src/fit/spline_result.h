@@ -17,7 +17,7 @@ struct CFLocation {
 };
 
 /// The curves fitted to one chain, in its order. A closed chain starts at its seam and has as many junctions as curves.
-class CFSplineResult {
+class CFSplineResult : public CFCurveSink {
  public:
     using Junctions = CFPoolList<CFLocation*>;
     using Iterator = Junctions::iterator;
@@ -26,7 +26,7 @@ class CFSplineResult {
 
     /// Appends the next curve. One that ends where the first starts closes the chain.
     /// @throws int  kBrokenInvariant when it does not connect to the last one
-    void Add(ts::auto_ptr<CFResult> result);
+    void Add(ts::auto_ptr<CFResult> result) override;
     /// Puts `merged` in place of the curves before and after `junction`, which goes away. Gives the junction that followed in
     /// the list, or its end.
     /// @throws int  kBrokenInvariant at an end of an open chain or when only one curve is left; kFailedCheck without a curve
