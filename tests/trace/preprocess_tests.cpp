@@ -3,11 +3,14 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <random>
+#include <vector>
 
 #include "base/errors.h"
 #include "tests/support/quiet_reports.h"
 #include "tests/support/thrown_int.h"
 #include "tests/support/worlds.h"
+#include "trace/pixel_rows.h"
 #include "trace/preprocess.h"
 
 namespace {
@@ -27,6 +30,14 @@ std::string Thresholded(std::initializer_list<Argb> pixels, VRL_TraceChannel cha
     params.invert = invert ? 1 : 0;
     return Thresholded(*WorldOf(static_cast<std::int32_t>(pixels.size()), 1, pixels), params);
 }
+
+std::vector<RPPacked> RandomPixels(int count, std::mt19937& random) {
+    std::vector<RPPacked> pixels(static_cast<std::size_t>(count));
+    for (RPPacked& pixel : pixels) pixel = static_cast<RPPacked>(random());
+    return pixels;
+}
+
+const std::uint8_t* BytesOf(const std::vector<RPPacked>& pixels) { return reinterpret_cast<const std::uint8_t*>(pixels.data()); }
 
 constexpr float Percent(double level) { return static_cast<float>(level * 100 / 255); }
 
@@ -127,6 +138,48 @@ TEST(Preprocess, RefusesUnknownChannelsAndABlurOfNoNumber) {
     VRL_AutoTraceParams params;
     params.blur_radius = NAN;  // not 0, so it is asked for, and the host refuses it
     EXPECT_NE(ThrownInt([&] { Thresholded(*world, params); }), 0);
+}
+
+TEST(PixelRows, ThresholdTheSameOnEveryProcessor) {
+    std::mt19937 random(1);
+    for (int width = 1; width < 80; ++width) {
+        const std::vector<RPPacked> source = RandomPixels(width, random), before = RandomPixels(width, random);
+        const RPPacked flip = width % 2 == 0 ? ~RPPacked{0} : 0;
+        const float threshold = width == 50 ? NAN : static_cast<float>(random() % 256);
+        for (const RPPixelRows& rows : PixelRows()) {
+            std::vector<RPPacked> to = before;
+            const int done =
+                rows.threshold_luminance(BytesOf(source), reinterpret_cast<std::uint8_t*>(to.data()), width, flip, threshold);
+            ASSERT_TRUE(done <= width && width - done < 8) << width;
+            for (std::size_t x = 0; x < to.size(); ++x) {
+                const auto part = [&](std::size_t i) { return BytesOf(source)[4 * x + i] ^ (flip & 255U); };
+                const bool below = static_cast<float>((77 * part(1) + 151 * part(2) + 28 * part(3)) / 256) < threshold;
+                const RPPacked set = (before[x] & kAlphaBits) | (below ? 0 : ~kAlphaBits);
+                EXPECT_EQ(to[x], x < static_cast<std::size_t>(done) ? set : before[x]) << width << " " << x;
+            }
+        }
+    }
+}
+
+TEST(PixelRows, NumberTheSameOnEveryProcessor) {
+    constexpr RPTwoColours kTwo{0x30507090U & ~kAlphaBits, 0x30517090U & ~kAlphaBits, 3, 8};
+    std::mt19937 random(1);
+    for (int width = 1; width < 80; ++width) {
+        std::vector<RPPacked> pixels = RandomPixels(width, random);
+        std::vector<std::uint8_t> expected, numbers(pixels.size());
+        for (RPPacked& pixel : pixels) {
+            const bool first = random() % 2 == 0;
+            pixel = (pixel & kAlphaBits) | (first ? kTwo.first : kTwo.second);
+            expected.push_back(first ? kTwo.first_number : kTwo.second_number);
+        }
+        std::vector<RPPacked> with_a_third = pixels;
+        with_a_third[random() % pixels.size()] ^= 0x02020202U & ~kAlphaBits;
+        for (const RPPixelRows& rows : PixelRows()) {
+            EXPECT_FALSE(rows.number(BytesOf(with_a_third), numbers.data(), width, kTwo)) << width;
+            EXPECT_TRUE(rows.number(BytesOf(pixels), numbers.data(), width, kTwo)) << width;
+            EXPECT_EQ(numbers, expected);
+        }
+    }
 }
 
 TEST(GaussianBlur, SpreadsAsWideAsAskedAndKeepsEdgesAndFlats) {
