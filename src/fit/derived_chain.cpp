@@ -27,7 +27,7 @@ CFPoint Project(CFPoint point, CFPoint a, CFPoint b) {
 
 ts::auto_ptr<CFSegment> CFDerivedChainBuilder::Build(const CFMappedSegment& centres) {
     piece_ids_.assign(static_cast<std::size_t>(centres.Count()), kNoPiece);
-    pieces_.resize(1);
+    pieces_.resize(kNoPiece + 1);
     if (centres.Count() >= kFewestCentres) {
         ClassifySteps(centres);
         CutPieces(centres);

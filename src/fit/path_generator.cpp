@@ -14,7 +14,7 @@ constexpr float kFirstCornerAngle = 40.0F;  // degrees
 CFPoolVector<std::int32_t> HighScores(const CFRanking& ranking);
 
 /// Keeps where curves meet and drops them, so that the next ones find their storage still at hand.
-class Junctions : public CFCurveSink {
+class JunctionIndices : public CFCurveSink {
  public:
     void Add(ts::auto_ptr<CFResult> result) override;
     /// In increasing order: a closed chain may start anywhere.
@@ -52,7 +52,7 @@ CFPoolVector<std::int32_t> KVPathGenerator::FirstJunctions(const FitInput& edge)
     const CFWindow window(edge.raw, WholeBound(edge.raw));
     first_corner_test_.TestCandidates(window, HighScores(edge.ranking), anchors);
     fitter_->SetSmoothSplits(false);
-    Junctions junctions;
+    JunctionIndices junctions;
     fitter_->Fit(anchors, junctions, known_);
     return std::move(junctions).Sorted();
 }
@@ -75,12 +75,12 @@ CFPoolVector<std::int32_t> HighScores(const CFRanking& ranking) {
     return indices;
 }
 
-void Junctions::Add(ts::auto_ptr<CFResult> result) {
+void JunctionIndices::Add(ts::auto_ptr<CFResult> result) {
     if (indices_.empty()) indices_.push_back(result->StartIndex());
     if (result->EndIndex() != indices_.front()) indices_.push_back(result->EndIndex());  // else the chain closes
 }
 
-CFPoolVector<std::int32_t> Junctions::Sorted() && {
+CFPoolVector<std::int32_t> JunctionIndices::Sorted() && {
     std::sort(indices_.begin(), indices_.end());
     return std::move(indices_);
 }
