@@ -21,7 +21,8 @@ void WarmEngine() {
     const CGRXPath path = CGRXPath::FromRecord(triangle);
     const GRXPathData data = path.Data();
     NUB_T_MT::BindPainterInterface();
-    VRLp_FillPainter::OfPath(data, true, {0, 0, 100, 100});
+    NUB_T_MT::BindContainerInterface();  // before there is a painter that it must release
+    VRLp_FillPainter::WithoutRows(data, true, {0, 0, 100, 100});
 }
 
 }  // namespace

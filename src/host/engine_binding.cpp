@@ -1,9 +1,10 @@
 #include "host/engine_binding.h"
 
+#include <algorithm>
 #include <atomic>
-#include <list>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "host/nub_error.h"
 
@@ -31,21 +32,24 @@ std::int32_t UnregisterCount() {
 
 [[noreturn]] void ThrowMissingProcedure() {
     constexpr std::int32_t kMissingProcedure = 2;
-    throw CNUBError("NUB", kMissingProcedure, "missing procedure");
+    const bool is_bound = g_lookup.load(std::memory_order_acquire) != nullptr;
+    throw CNUBError("NUB", kMissingProcedure,
+                    is_bound ? "missing procedure" : "no graphics engine is bound: call VRL_Birth first");
 }
 
 // The procedures of one engine interface. Filled without a lock: every thread that refills it writes the same addresses.
+// A table counts as filled when it has every procedure that the library calls; until then each use looks again, so that
+// what is missing before a birth, or was missing at the last one, is found once it is there.
 template <std::size_t N>
 class InterfaceTable {
  public:
-    constexpr InterfaceTable(const char* interface_name, const ProcedureName (&names)[N])
-        : interface_name_(interface_name), names_(names) {}
+    /// The first `called` of the names are those the library calls.
+    constexpr InterfaceTable(const char* interface_name, const ProcedureName (&names)[N], std::size_t called = N)
+        : interface_name_(interface_name), names_(names), called_(called) {}
 
-    bool HasAll(std::size_t first_count) {
+    bool IsFilled() {
         Refresh();
-        for (std::size_t slot = 0; slot < first_count; ++slot)
-            if (slots_[slot].load(std::memory_order_relaxed) == nullptr) return false;
-        return true;
+        return filled_.load(std::memory_order_relaxed);
     }
 
     template <class Proc>
@@ -65,15 +69,19 @@ class InterfaceTable {
     void Refresh() {
         const std::int32_t count = UnregisterCount();
         if (filled_.load(std::memory_order_acquire) && count_when_filled_.load(std::memory_order_relaxed) == count) return;
+        bool has_called = true;
         for (std::size_t slot = 0; slot < N; ++slot) {
-            slots_[slot].store(LookUp(interface_name_, names_[slot]), std::memory_order_relaxed);
+            void* address = LookUp(interface_name_, names_[slot]);
+            slots_[slot].store(address, std::memory_order_relaxed);
+            has_called = has_called && (address != nullptr || slot >= called_);
         }
         count_when_filled_.store(count, std::memory_order_relaxed);
-        filled_.store(true, std::memory_order_release);
+        filled_.store(has_called, std::memory_order_release);
     }
 
     const char* interface_name_;
     const ProcedureName (&names_)[N];
+    std::size_t called_;
     std::atomic<void*> slots_[N] = {};
     std::atomic<std::int32_t> count_when_filled_{0};
     std::atomic<bool> filled_{false};
@@ -109,7 +117,7 @@ constexpr ProcedureName kPathNames[] = {
     {"Flatten", "GRXPathFlattenProc"},
 };
 static_assert(std::size(kPathNames) == 17);
-InterfaceTable g_path("GRXPathInterface", kPathNames);
+InterfaceTable g_path("GRXPathInterface", kPathNames, kCalledPathSlots);
 
 enum ProgressSlot { kNewNullProgress, kProgressRelease };
 constexpr ProcedureName kProgressNames[] = {{"NewNullProgress", "NUBProgressNewNullProgressProc"},
@@ -119,38 +127,33 @@ InterfaceTable g_progress("NUBProgressInterface", kProgressNames);
 enum PainterSlot { kNewFill, kCalledPainterSlots };
 constexpr ProcedureName kPainterNames[] = {{"NewFill", "TAV_BezierPathRasterPainterNewFillProc"},
                                            {"NewStroke", "TAV_BezierPathRasterPainterNewStrokeProc"}};
-InterfaceTable g_painter("TAV_BezierPathRasterPainterInterface", kPainterNames);
+InterfaceTable g_painter("TAV_BezierPathRasterPainterInterface", kPainterNames, kCalledPainterSlots);
 
 enum ContainerSlot { kContainerRelease, kContainerGetSignature };
 constexpr ProcedureName kContainerNames[] = {{"Release", "NUBContainerReleaseProc"},
                                              {"GetSignature", "NUBContainerGetSignatureProc"}};
 InterfaceTable g_container("NUBContainerInterface", kContainerNames);
 
-// Method tables of engine objects, one per signature, under one lock.
+// Method tables of engine objects, one per signature. All is read and written under one lock.
 struct ObjectTable {
     std::string signature;
-    PainterMethods methods;
-    std::int32_t count_when_bound;
+    PIVGetInfoProc get_info = nullptr;  // the painters' one method; null while it is not bound
+    std::int32_t count_when_bound = 0;
 };
 std::mutex g_object_lock;
-std::list<ObjectTable> g_object_tables;  // a list: tables are handed out by address
+std::vector<ObjectTable> g_object_tables;
 
-void BindMethods(ObjectTable& table) {
+void Bind(ObjectTable& table) {
     const std::int32_t count = UnregisterCount();
-    table.methods.get_info =
+    if (table.get_info != nullptr && table.count_when_bound == count) return;
+    table.get_info =
         reinterpret_cast<PIVGetInfoProc>(LookUp(table.signature.c_str(), {"GetInfo", "PIVRasterPainterGetInfoProc"}));
     table.count_when_bound = count;
 }
 
-ObjectTable& FindOrBindTable(const char* signature) {
-    for (ObjectTable& table : g_object_tables) {
-        if (table.signature != signature) continue;
-        if (table.count_when_bound != UnregisterCount()) BindMethods(table);
-        return table;
-    }
-    ObjectTable& table = g_object_tables.emplace_back(ObjectTable{signature, {}, 0});
-    BindMethods(table);
-    return table;
+ObjectTable& FindOrAddTable(const char* signature) {
+    const auto found = std::ranges::find(g_object_tables, signature, &ObjectTable::signature);
+    return found != g_object_tables.end() ? *found : g_object_tables.emplace_back(ObjectTable{signature});
 }
 
 constexpr const char* kMissingInterface = "Missing Interface";
@@ -162,7 +165,7 @@ bool StartBinding(NUBAddressProc proc) {
     const auto count_address = reinterpret_cast<NUBGetUnregisterCountAddrProc>(
         LookUp("NUBInterface", {"GetUnregisterCountAddr", "NUBGetUnregisterCountAddr"}));
     g_unregister_count.store(count_address == nullptr ? nullptr : count_address(), std::memory_order_release);
-    return count_address != nullptr && g_memory.HasAll(std::size(kMemoryNames)) && g_container.HasAll(std::size(kContainerNames));
+    return count_address != nullptr && g_memory.IsFilled() && g_container.IsFilled();
 }
 
 void EndBinding() noexcept {
@@ -182,13 +185,16 @@ void EndBinding() noexcept {
 }
 
 void BindNewPathInterface() {
-    if (!g_new_path.HasAll(std::size(kNewPathNames))) throw CNUBError(kMissingInterface);
+    if (!g_new_path.IsFilled()) throw CNUBError(kMissingInterface);
 }
 void BindPathInterface() {
-    if (!g_path.HasAll(kCalledPathSlots)) throw CNUBError(kMissingInterface);
+    if (!g_path.IsFilled()) throw CNUBError(kMissingInterface);
 }
 void BindPainterInterface() {
-    if (!g_painter.HasAll(kCalledPainterSlots)) throw CNUBError(kMissingInterface);
+    if (!g_painter.IsFilled()) throw CNUBError(kMissingInterface);
+}
+void BindContainerInterface() {
+    if (!g_container.IsFilled()) throw CNUBError(kMissingInterface);
 }
 
 NUBReallocProc MemoryRealloc() { return g_memory.Get<NUBReallocProc>(kRealloc); }
@@ -222,14 +228,15 @@ TAVNewFillProc NewFill() {
 
 NUBContainerCountProc ContainerRelease() { return g_container.Get<NUBContainerCountProc>(kContainerRelease); }
 
-const PainterMethods* MethodsOfPainter(NUBContainer* painter) {
+PIVGetInfoProc PainterGetInfo(NUBContainer* painter) {
     if (painter == nullptr) throw CNUBError("invalid container");
     const char* signature = g_container.Get<NUBContainerGetSignatureProc>(kContainerGetSignature)(painter);
     if (signature == nullptr) throw CNUBError("couldn't get signature");
     const std::scoped_lock lock(g_object_lock);
-    const PainterMethods& methods = FindOrBindTable(signature).methods;
-    if (methods.get_info == nullptr) ThrowMissingProcedure();
-    return &methods;
+    ObjectTable& table = FindOrAddTable(signature);
+    Bind(table);
+    if (table.get_info == nullptr) ThrowMissingProcedure();
+    return table.get_info;
 }
 
 }  // namespace NUB_T_MT

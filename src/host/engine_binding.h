@@ -20,9 +20,11 @@ void EndBinding() noexcept;
 void BindNewPathInterface();
 void BindPathInterface();
 void BindPainterInterface();
+void BindContainerInterface();
 
 // The procedures. A table is filled on first use.
-// @throws CNUBError  component "NUB" when the engine has no such procedure; "Missing Interface" for the painter's
+// @throws CNUBError  component "NUB" when the engine has no such procedure or none is bound; "Missing Interface" for the
+// painter's
 
 NUBReallocProc MemoryRealloc();
 NUBFreeProc MemoryFree();
@@ -44,11 +46,8 @@ TAVNewFillProc NewFill();
 
 NUBContainerCountProc ContainerRelease();
 
-/// The method table of the painters that share one signature; it lives until the binding ends.
-struct PainterMethods {
-    PIVGetInfoProc get_info;
-};
+/// The method of the painters that share this one's signature.
 /// @throws CNUBError  "invalid container" for null, "couldn't get signature", or component "NUB" for a missing method
-const PainterMethods* MethodsOfPainter(NUBContainer* painter);
+PIVGetInfoProc PainterGetInfo(NUBContainer* painter);
 
 }  // namespace NUB_T_MT

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "host/engine.h"
-#include "host/engine_binding.h"
 #include "host/geometry_records.h"
 #include "host/grx_path.h"
 
@@ -18,6 +17,9 @@ class VRLp_FillPainter {
     /// @throws CNUBError, std::bad_alloc  as the engine or its binding fails
     static VRLp_FillPainter OfPath(const GRXPathData& path, bool quality, const M_LRect& box);
 
+    /// The same without what gives its rows: good for nothing but waking the engine.
+    static VRLp_FillPainter WithoutRows(const GRXPathData& path, bool quality, const M_LRect& box);
+
     bool IsNull() const { return info_ == nullptr; }
 
     /// The runs of row `y`, see `PIVRowProc`. `line` is lent to the painter.
@@ -27,7 +29,6 @@ class VRLp_FillPainter {
     const std::uint8_t* Coverage(std::int64_t x, std::int64_t y) const { return info_->base + y * info_->row_bytes + x; }
 
  private:
-    NUBContainer* container_ = nullptr;                  // one reference, owned
-    const NUB_T_MT::PainterMethods* methods_ = nullptr;  // the binding's
-    const PIVRasterPainterInfo* info_ = nullptr;         // the painter's
+    NUBContainer* container_ = nullptr;           // one reference, owned
+    const PIVRasterPainterInfo* info_ = nullptr;  // the painter's
 };

@@ -16,6 +16,12 @@ using NUB_T_MT::CNUBError;
 
 namespace {
 
+// A host that never unregisters anything: nothing is looked up again for the count's sake.
+std::int32_t* SteadyCount() {
+    static std::int32_t count = 0;
+    return &count;
+}
+
 // Leaves the library bound and the engine whole, whatever a test did.
 class Lifecycle : public testing::Test {
  protected:
@@ -28,6 +34,11 @@ class Lifecycle : public testing::Test {
 
     const support::QuietReports quiet_;
 
+    static void UnbindFromSteadyHost() {
+        VRL_Death();
+        refhost::RestoreProcedures();
+        refhost::OverrideProcedure("NUBInterface", "GetUnregisterCountAddr", reinterpret_cast<void*>(&SteadyCount));
+    }
     static std::int32_t RenderSmallMask() {
         const VRL_MaskParams params = PlainParams();
         GW_UnoBuffer buffer(8, 8, 8);
@@ -53,23 +64,38 @@ const NUBErrorObject* NoPainter(NUBContainer**, std::int32_t, const M_Vector2T<f
 
 TEST_F(Lifecycle, BirthFailsAsTheHostFailsAndLeavesNothingBehind) {
     const int objects = refhost::LiveEngineObjects();
-    for (const char* interface_name : {"GRXNewPathInterface", "GRXPathInterface", "TAV_BezierPathRasterPainterInterface"}) {
-        VRL_Death();
+    for (const char* interface_name :
+         {"GRXNewPathInterface", "GRXPathInterface", "TAV_BezierPathRasterPainterInterface", "NUBContainerInterface"}) {
+        UnbindFromSteadyHost();
         refhost::OverrideProcedure(interface_name, nullptr, nullptr);
         EXPECT_EQ(MessageOf(VRL_Birth), ":Missing Interface") << interface_name;
+        EXPECT_EQ(RenderSmallMask(), -1);
+        EXPECT_EQ(refhost::LiveEngineObjects(), objects) << interface_name;
         refhost::RestoreProcedures();
+        EXPECT_EQ(MessageOf(VRL_Birth), "nothing thrown") << "it is there now";
+        EXPECT_EQ(RenderSmallMask(), 0);
     }
+    UnbindFromSteadyHost();
+    refhost::OverrideProcedure("PIVRasterPainter", "GetInfo", nullptr);
+    EXPECT_EQ(MessageOf(VRL_Birth), "nothing thrown") << "a birth only makes a painter and releases it";
+    refhost::RestoreProcedures();
     refhost::FailHostCall(refhost::HostCall::kNewFill, 1, 9);
     EXPECT_EQ(MessageOf(VRL_Birth), "GRX:injected failure");
     EXPECT_EQ(refhost::LiveEngineObjects(), objects);
 }
 
-TEST_F(Lifecycle, DeathUnbindsAndMayComeTwice) {
-    VRL_Death();
-    VRL_Death();
-    EXPECT_EQ(RenderSmallMask(), -1);
-    VRL_Birth();
-    EXPECT_EQ(RenderSmallMask(), 0);
+TEST_F(Lifecycle, MasksFailWhileUnboundAndWorkAfterAnyBirth) {
+    for (const int births_before : {0, 1, 2}) {
+        UnbindFromSteadyHost();
+        for (int i = 0; i < births_before; ++i) VRL_Birth();
+        VRL_Death();
+        VRL_Death();
+        refhost::TakeReports();
+        EXPECT_EQ(RenderSmallMask(), -1);
+        EXPECT_THAT(refhost::TakeReports().front().text, testing::HasSubstr("VRL_Birth"));
+        VRL_Birth();
+        EXPECT_EQ(RenderSmallMask(), 0) << births_before;
+    }
 }
 
 TEST_F(Lifecycle, WithdrawnProceduresAreMissedAndReboundWhenTheyReturn) {
@@ -85,6 +111,7 @@ TEST_F(Lifecycle, WithdrawnProceduresAreMissedAndReboundWhenTheyReturn) {
     EXPECT_EQ(missing("GRXNewPathInterface", nullptr), "missing procedure");
     EXPECT_EQ(missing("GRXPathInterface", "GetPathData"), "missing procedure");
     EXPECT_EQ(missing("PIVRasterPainter", "GetInfo"), "missing procedure");
+    EXPECT_EQ(missing("NUBContainerInterface", nullptr), "missing procedure");
     EXPECT_EQ(missing("NUBContainerInterface", "GetSignature", reinterpret_cast<void*>(&NoSignature)), "couldn't get signature");
     EXPECT_EQ(missing("TAV_BezierPathRasterPainterInterface", "NewFill", reinterpret_cast<void*>(&NoPainter)),
               "invalid container");
