@@ -6,7 +6,6 @@
 #include "host/services.h"
 #include "host/shape.h"
 #include "refhost/services/faults.h"
-#include "refhost/services/status.h"
 
 namespace {
 
@@ -35,7 +34,7 @@ int YQ_PurgeLoop(std::int64_t, int (*allocator)(void* request), void* request, i
     for (int attempt = 0; attempt < kAllocationAttempts; ++attempt) {
         if (allocator(request) == 0) return 0;
     }
-    return refhost::kStatusNoMemory;
+    return YQ_TranslateAndReportException(std::bad_alloc());  // the attempts themselves were quiet
 }
 
 void* YQ_MemTrackedObject::operator new(std::size_t size) { return ::operator new(size); }

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <exception>
 #include <memory>
 #include <type_traits>
 
 #include "host/services.h"
+#include "host/status_of.h"
 
 /// Allocates `count` elements through the host's purge-and-retry loop. The elements are not initialised.
 /// @throws int  the status with which the host gave up
@@ -55,7 +55,7 @@ struct VRLp_PurgeableRequest {
     bool succeeded = false;
 };
 
-/// While one lives, errors of the calling thread are not shown.
+/// While one lives, errors of the calling thread are not shown: a later attempt may repair them.
 /// @throws int  the status with which the host refuses
 struct VRLp_QuietErrors {
     VRLp_QuietErrors() {
@@ -70,15 +70,14 @@ template <class T>
 int VRLp_PurgeableAllocator(void* opaque) {
     auto& request = *static_cast<VRLp_PurgeableRequest<T>*>(opaque);
     try {
-        VRLp_QuietErrors quiet;
-        request.succeeded = false;
-        request.result = new T[static_cast<std::size_t>(request.count)];
-        request.succeeded = true;
-        return 0;
+        const VRLp_QuietErrors quiet;  // beyond the failure's own report
+        return VRLp_StatusOf([&] {
+            request.succeeded = false;
+            request.result = new T[static_cast<std::size_t>(request.count)];
+            request.succeeded = true;
+        });
     } catch (int status) {
-        return status;
-    } catch (const std::exception& error) {
-        return YQ_TranslateAndReportException(error);
+        return status;  // not even quiet
     }
 }
 

@@ -76,6 +76,11 @@ TEST(Services, QuietReportsAreLoggedButNotShown) {
 
 TEST(ScratchBuffer, IsTakenThroughThePurgeLoopAndAccountedExactly) {
     const support::QuietReports quiet;
+    std::vector<std::string> shown;
+    refhost::SetReportSink([&](const refhost::Report& report) {
+        shown.push_back(report.text);
+        return 0;
+    });
     {
         VRLp_ScratchBuffer<GW_Pixel16> buffer;
         buffer.Take(100);
@@ -87,6 +92,7 @@ TEST(ScratchBuffer, IsTakenThroughThePurgeLoopAndAccountedExactly) {
         buffer.Take(50);
         EXPECT_EQ(refhost::AccountedBytes(), 100);
         EXPECT_TRUE(refhost::FaultStruck());
+        EXPECT_THAT(shown, testing::IsEmpty()) << "nothing that a later attempt repairs is shown";
         refhost::FailAllocations(1, 1000);
         const int status = ThrownInt([&] { buffer.Take(10); });
         refhost::DisarmFaults();
@@ -99,4 +105,8 @@ TEST(ScratchBuffer, IsTakenThroughThePurgeLoopAndAccountedExactly) {
         EXPECT_EQ(refhost::QuietErrorDepth(), 0);
     }
     EXPECT_EQ(refhost::AccountedBytes(), 0);
+    EXPECT_EQ(YQ_PurgeLoop(
+                  1, [](void*) { return 5; }, nullptr, 0),
+              -4);
+    EXPECT_THAT(shown, ElementsAre(std::bad_alloc().what())) << "what no attempt repairs is shown once";
 }
