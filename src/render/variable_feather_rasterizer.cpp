@@ -75,9 +75,10 @@ VRLp_PolyVariableFeatherRasterizer<P>::VRLp_PolyVariableFeatherRasterizer(const 
 
 template <class P>
 void VRLp_PolyVariableFeatherRasterizer<P>::GrowBoundsByFeather() {
-    const auto radius = static_cast<double>(contour_maker.GetMaxRadius(false));
+    const float outermost = contour_maker.GetMaxRadius(false);
+    const auto radius = static_cast<double>(outermost);
     const double across = static_cast<double>(this->pixel_aspect) * radius;
-    double extent_x = across;
+    double extent_x = static_cast<double>(this->pixel_aspect * outermost);  // as a float: 1.2 times 10 is 12, and no more
     double extent_y = radius;
     double reach_x = std::abs(across);
     double reach_y = std::abs(radius);

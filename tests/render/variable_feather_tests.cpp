@@ -103,6 +103,16 @@ TEST(VariableFeather, DifferencesGiveThePlainAccumulation) {
     }
 }
 
+TEST(VariableFeather, BoundsGrowByWholePixelsOfTheWidestFeather) {
+    const auto shape = Rectangle(20, 20, 40, 30);
+    refhost::SetFeatherPoints(*shape, {{0, 10.0F}});
+    const VRLp_PolyVariableFeatherRasterizer<GW_Pixel8> wide(*shape, true, 0, 1.2F, true, g_canceler, nullptr);
+    EXPECT_EQ(wide.Bounds().left, 8);  // 1.2 times 10, which in double is a little more than 12 where 1.2 is a float
+    EXPECT_EQ(wide.Bounds().right, 52);
+    EXPECT_EQ(wide.Bounds().top, 10);
+    EXPECT_EQ(wide.Bounds().bottom, 40);
+}
+
 TEST(VariableFeather, ASpanOfNothingIsOneRingAndLongSpansAreCapped) {
     const auto shape = Rectangle(10, 10, 30, 30);
     refhost::SetFeatherPoints(*shape, {{0, 0.0F}});
