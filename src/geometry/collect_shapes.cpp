@@ -20,14 +20,11 @@ CollectDYShapeFunctor::CollectDYShapeFunctor(std::vector<boost::shared_ptr<DY_Sh
     : shapes_(shapes), exceptions_at_start_(std::uncaught_exceptions()) {}
 
 CollectDYShapeFunctor::~CollectDYShapeFunctor() noexcept(false) {
-    if (std::uncaught_exceptions() == exceptions_at_start_) {
-        Deliver();
-        return;
-    }
     try {
         Deliver();
     } catch (...) {
-        // The exception that ended the playback goes on; the shape that cannot be delivered is dropped.
+        if (std::uncaught_exceptions() == exceptions_at_start_) throw;
+        // The exception that ended the playback goes on.
     }
 }
 
@@ -55,18 +52,27 @@ void CollectDYShapeFunctor::ClosePath() {
     if (VRLp_SameCoordinate(last_.x, start_.x) && VRLp_SameCoordinate(last_.y, start_.y)) {
         VRLp_RemoveLastPoint(*shape);  // its arriving control point becomes the first vertex's
     } else {
-        VRLp_AppendPoint(*shape, last_);
-        VRLp_AppendPoint(*shape, start_);
+        AppendClosingLeg(*shape);
     }
     VRLp_CloseShape(*shape);
 }
 
+// Whatever becomes of its closing leg, the shape goes to the caller.
 void CollectDYShapeFunctor::Deliver() {
-    std::unique_ptr<DY_Shape> shape = creator_.Release();
+    DY_Shape* shape = creator_.Shape();
     if (shape == nullptr) return;
-    if (shape->IsOpen()) {
-        VRLp_AppendPoint(*shape, last_);
-        VRLp_AppendPoint(*shape, start_);
+    try {
+        if (shape->IsOpen()) AppendClosingLeg(*shape);
+    } catch (int) {
+        HandOver();
+        throw;
     }
-    shapes_.push_back(boost::shared_ptr<DY_Shape>(shape.release()));
+    HandOver();
 }
+
+void CollectDYShapeFunctor::AppendClosingLeg(DY_Shape& shape) {
+    VRLp_AppendPoint(shape, last_);
+    VRLp_AppendPoint(shape, start_);
+}
+
+void CollectDYShapeFunctor::HandOver() { shapes_.push_back(boost::shared_ptr<DY_Shape>(creator_.Release().release())); }

@@ -13,7 +13,8 @@ bool VRLp_SameCoordinate(float a, float b);
 
 /// Turns every subpath played to it into a new shape at the end of `shapes`: closed by ClosePath, open without it, then
 /// with a straight leg back to its start. Straight segments carry control points on their anchors.
-/// The last shape is delivered by the destructor, also when an exception ends the playback.
+/// The last shape is delivered by the destructor, also when an exception ends the playback; a shape whose delivery fails
+/// comes as far as it got.
 class CollectDYShapeFunctor : public HOB_OutlinePlayer {
  public:
     explicit CollectDYShapeFunctor(std::vector<boost::shared_ptr<DY_Shape>>& shapes);
@@ -27,6 +28,8 @@ class CollectDYShapeFunctor : public HOB_OutlinePlayer {
 
  private:
     void Deliver();
+    void AppendClosingLeg(DY_Shape& shape);
+    void HandOver();
 
     DY_ShapeCreator creator_;
     WEX_Item start_ = {};

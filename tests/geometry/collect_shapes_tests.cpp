@@ -71,14 +71,20 @@ TEST(CollectShapes, AnExceptionDuringPlaybackStillDeliversTheShapeUnderWay) {
     ASSERT_EQ(shapes.size(), 1U);
     EXPECT_EQ((*shapes[0]->GetPoints())->count, 6);
 
-    // A list that refuses the closing leg: the destructor's status leaves, and no half-built shape is delivered.
-    shapes.clear();
-    const auto refused = [&] {
-        CollectDYShapeFunctor collector(shapes);
-        collector.MoveTo(1, 1);
-        refhost::FailHostCall(refhost::HostCall::kListInsert, 2, 55);
-    };
-    EXPECT_EQ(ThrownInt(refused), 55);
-    refhost::DisarmFaults();
-    EXPECT_TRUE(shapes.empty());
+    // A list that refuses the closing leg, at the end or at the next move: the shape comes as far as it got.
+    for (const bool moves_on : {false, true}) {
+        shapes.clear();
+        const auto refused = [&] {
+            CollectDYShapeFunctor collector(shapes);
+            collector.MoveTo(1, 1);
+            collector.LineTo(5, 1);
+            refhost::FailHostCall(refhost::HostCall::kListInsert, 2, 55);
+            if (moves_on) collector.MoveTo(9, 9);
+        };
+        EXPECT_EQ(ThrownInt(refused), 55);
+        refhost::DisarmFaults();
+        ASSERT_EQ(shapes.size(), 1U);
+        EXPECT_EQ((*shapes[0]->GetPoints())->count, 5);
+        EXPECT_TRUE(shapes[0]->IsOpen());
+    }
 }
