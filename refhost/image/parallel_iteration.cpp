@@ -41,6 +41,16 @@ struct Iteration {
     }
 };
 
+// A lock that is only ever tried for, by its own holder too.
+class Occupancy {
+ public:
+    bool try_lock() { return !occupied_.exchange(true, std::memory_order_acquire); }
+    void unlock() { occupied_.store(false, std::memory_order_release); }
+
+ private:
+    std::atomic<bool> occupied_{false};
+};
+
 // Threads that help with one iteration at a time. They are started on first need and wait for ever after: the pool is
 // never destroyed, because threads cannot be joined while a module is being unloaded.
 class WorkerPool {
@@ -53,7 +63,7 @@ class WorkerPool {
     void SetThreadCount(int count) { wanted_ = std::max(count, 1) - 1; }
 
     void Run(Iteration& iteration) {
-        const std::unique_lock running(run_lock_, std::try_to_lock);
+        const std::unique_lock running(occupancy_, std::try_to_lock);
         if (!running) {  // nested in a step, or beside another caller's iteration
             iteration.Work(0);
             return;
@@ -96,7 +106,7 @@ class WorkerPool {
         }
     }
 
-    std::mutex run_lock_;  // held by the caller whose iteration the pool works on
+    Occupancy occupancy_;  // the caller's whose iteration the pool works on
     std::mutex lock_;      // guards what follows
     std::condition_variable work_, done_;
     Iteration* iteration_ = nullptr;
