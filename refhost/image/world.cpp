@@ -89,7 +89,9 @@ void MergeInto(const M_LRect& rect, const GW_UnoBuffer& mask, GW_World& world) {
 
 }  // namespace
 
-GW_World* GW_World::NewReference(GW_LayerDef* layer) { return new ReferringWorld(*layer->pixels); }
+GW_World* GW_World::NewReference(GW_LayerDef* layer) {
+    return layer->pixels == nullptr ? nullptr : new ReferringWorld(*layer->pixels);
+}
 
 GW_World* GW_World::New(std::int32_t width, std::int32_t height, std::int32_t depth, std::int32_t) {
     const std::int64_t row_bytes = std::int64_t{width} * kComponents * (depth == kDeepDepth ? 2 : 1);

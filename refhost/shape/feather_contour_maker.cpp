@@ -5,8 +5,10 @@
 #include <optional>
 
 #include "host/feather_contour.h"
+#include "host/services.h"
 #include "refhost/engine/flat_chain.h"
 #include "refhost/engine/path_object.h"
+#include "refhost/services/status.h"
 #include "refhost/shape/feather_outline.h"
 
 using refhost::FeatherKnot;
@@ -47,7 +49,7 @@ namespace {
 using State = DY_FeatherContourState;
 
 void Prepare(const DY_Shape& shape, double scale_x, float expansion, State& state);
-std::optional<Placement> PlacementFor(const std::vector<refhost::Cubic>& curves, double scale_x, double reach);
+Placement PlacementFor(const std::vector<refhost::Cubic>& curves, double scale_x, double reach);
 DY_ContourResults ResultFor(const Polygons& contour, const PlaneBox& clip);
 GRXPath* PathOf(const Polygons& contour, const Placement& placement);
 
@@ -94,24 +96,24 @@ void Prepare(const DY_Shape& shape, double scale_x, float expansion, State& stat
     state.inner_radius = expansion + static_cast<float>(std::min(innermost.radius, 0.0));
     state.outer_radius = expansion + static_cast<float>(std::max(outermost.radius, 0.0));
     const auto reach = static_cast<double>(std::max(-state.inner_radius, state.outer_radius));
-    const std::optional<Placement> placement = PlacementFor(segments.curves, scale_x, reach);
-    if (!placement) return;
+    if (segments.curves.empty()) return;
 
-    state.placement = *placement;
+    const Placement placement = PlacementFor(segments.curves, scale_x, reach);
+    state.placement = placement;
     for (auto& [p0, p1, p2, p3] : segments.curves) {
-        for (Point* p : {&p0, &p1, &p2, &p3}) *p = placement->FromShape(*p);
+        for (Point* p : {&p0, &p1, &p2, &p3}) *p = placement.FromShape(*p);
     }
-    for (FeatherKnot& knot : knots) knot.radius *= placement->scale;
-    const auto strips = FeatherStrips(segments, knots, static_cast<double>(expansion) * placement->scale);
+    for (FeatherKnot& knot : knots) knot.radius *= placement.scale;
+    const auto strips = FeatherStrips(segments, knots, static_cast<double>(expansion) * placement.scale);
     state.canceler.Check();
     state.offset.emplace(strips);
 }
 
-/// No value for an outline without curves, or one that leaves the plane.
-std::optional<Placement> PlacementFor(const std::vector<refhost::Cubic>& curves, double scale_x, double reach) {
+/// Reports and throws kStatusBadArgument for an outline or a reach that leaves the plane.
+Placement PlacementFor(const std::vector<refhost::Cubic>& curves, double scale_x, double reach) {
     constexpr double kFar = std::numeric_limits<double>::infinity();
     PlaneBox bounds = {kFar, kFar, -kFar, -kFar};
-    bool is_sound = !curves.empty() && std::abs(reach) <= kLargestInput;
+    bool is_sound = scale_x != 0 && std::abs(reach) <= kLargestInput;
     for (const auto& [p0, p1, p2, p3] : curves) {
         for (const Point p : {p0, p1, p2, p3}) {
             const double x = p.x * scale_x;
@@ -120,7 +122,10 @@ std::optional<Placement> PlacementFor(const std::vector<refhost::Cubic>& curves,
                       std::max(bounds.bottom, p.y)};
         }
     }
-    if (!is_sound || scale_x == 0) return std::nullopt;
+    if (!is_sound) {
+        YQp_ReportErrString(0, 0, "a feathered outline or its feather is out of range");
+        throw refhost::kStatusBadArgument;
+    }
     // A whole pixel, so that outlines on whole pixels stay on grid points.
     const Point centre = {std::round(bounds.Centre().x), std::round(bounds.Centre().y)};
     double extent = std::max(bounds.right - bounds.left, bounds.bottom - bounds.top) + reach + 1;

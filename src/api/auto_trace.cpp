@@ -3,20 +3,16 @@
 
 #include "api/vrl.h"
 #include "base/errors.h"
-#include "host/services.h"
+#include "host/refuse.h"
 #include "trace/preprocess.h"
 #include "trace/trace_job.h"
 
 namespace {
 
-constexpr int kReportCode = 8;
 constexpr std::int32_t kTracedDepth = 8;
 constexpr std::int32_t kLargestSide = std::numeric_limits<std::int16_t>::max();  // pixel corners are 16-bit
 
-[[noreturn]] void Refuse(const char* reason) {
-    YQp_ReportErrString(0, kReportCode, reason);
-    throw kFailedCheck;
-}
+bool HasPixels(const GW_World& world) { return world.data != nullptr || world.width == 0 || world.height == 0; }
 
 /// After a mirroring transform outlines run the wrong way, so this comes last.
 void DirectOutlines(const std::vector<boost::shared_ptr<DY_Shape>>& shapes) {
@@ -32,14 +28,17 @@ void DirectOutlines(const std::vector<boost::shared_ptr<DY_Shape>>& shapes) {
 
 void VRL_NewMasksFromWorld(const GW_World* world, const VRL_AutoTraceParams* params,
                            std::vector<boost::shared_ptr<DY_Shape>>& shapes) {
+    if (world == nullptr || params == nullptr || !HasPixels(*world)) {
+        VRLp_Refuse("NewMaskFromWorld needs an image with pixels and parameters");
+    }
     const std::int32_t depth = world->Depth();
     ts::auto_ptr<GW_World> bitmap(GW_World::New(world->width, world->height, depth, 0));
     if (!bitmap) throw std::bad_alloc();
     VRLp_TraceContext context = VRLp_FillContext(*params, *world);
     context.bitmap = std::move(bitmap);
-    if (depth != kTracedDepth) Refuse("NewMaskFromWorld only works for 8bpc");
+    if (depth != kTracedDepth) VRLp_Refuse("NewMaskFromWorld only works for 8bpc");
     if (world->width > kLargestSide || world->height > kLargestSide) {
-        Refuse("NewMaskFromWorld only works for images up to 32767 pixels a side");
+        VRLp_Refuse("NewMaskFromWorld only works for images up to 32767 pixels a side");
     }
     VRLp_Preprocess(context);
     constexpr std::uint8_t kFlag = 1;

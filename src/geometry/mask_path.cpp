@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "base/errors.h"
 #include "geometry/offset_path.h"
@@ -33,15 +34,12 @@ void VRLp_MakeMaskPath(const DY_Shape& shape, bool quality, double expansion, do
 namespace {
 
 CGRXPath PlainPath(const DY_Shape& shape, const M_Matrix3* transform) {
-    std::unique_ptr<DY_Shape> moved;
-    if (Moves(transform)) {
-        moved = std::make_unique<DY_Shape>(shape);
-        moved->Transform(*transform);
-    }
-    const DY_Shape& source = moved ? *moved : shape;
+    if (!Moves(transform)) return VRLp_PathOfShape(shape);
+    const auto moved = std::make_unique<DY_Shape>(shape);
+    moved->Transform(*transform);
     const WEX_Item* first = nullptr;  // asked for only to learn that the list can be read
-    ThrowIfFailed(WEX_GetConstAddress(source.GetPoints(), 0, &first));
-    return VRLp_PathOfShape(source);
+    ThrowIfFailed(WEX_GetConstAddress(std::as_const(*moved).GetPoints(), 0, &first));
+    return VRLp_PathOfShape(*moved);
 }
 
 VRLp_PathBounds BoundsOf(const CGRXPath& path) {

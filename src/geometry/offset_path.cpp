@@ -1,12 +1,16 @@
 #include "geometry/offset_path.h"
 
+#include <cmath>
+
 #include "base/errors.h"
 #include "base/narrow.h"
+#include "base/same_number.h"
 #include "geometry/shape_to_path.h"
 #include "host/engine_binding.h"
 #include "host/matrix.h"
 #include "host/nub_error.h"
 #include "host/path_bridge.h"
+#include "host/refuse.h"
 
 namespace {
 
@@ -25,9 +29,9 @@ CGRXPath OffsetByEngine(const GRXPathData& outline, double distance, VRL_Join jo
 std::int32_t VRLp_OffsetShapePath(const DY_Shape& shape, bool /*quality*/, double distance, double pixel_aspect, VRL_Join join,
                                   CGRXPath& path) {
     CGRXPath outline = VRLp_PathOfShape(shape);
-    if (1.0 / pixel_aspect != 1.0) outline = ScaledAcross(outline, 1.0 / pixel_aspect);
+    if (!IsSameNumber(1.0 / pixel_aspect, 1.0)) outline = ScaledAcross(outline, 1.0 / pixel_aspect);
     path = OffsetByEngine(outline.Data(), distance, join);
-    if (pixel_aspect != 1.0) path = ScaledAcross(path, pixel_aspect);
+    if (!IsSameNumber(pixel_aspect, 1.0)) path = ScaledAcross(path, pixel_aspect);
     return 0;
 }
 
@@ -45,6 +49,8 @@ EngineJoin EngineJoinOf(VRL_Join join) {
 }
 
 CGRXPath ScaledAcross(const CGRXPath& path, double scale) {
+    const float engine_scale = NarrowToFloat(scale);
+    if (!std::isfinite(engine_scale) || engine_scale == 0.0F) VRLp_Refuse("a pixel aspect ratio is out of range");  // exactly 0
     M_Matrix3 matrix;
     ThrowIfFailed(M_SetIdentityMatrix(&matrix));
     ThrowIfFailed(M_ScaleMatrix(scale, 1.0, 0.0, 0.0, &matrix));

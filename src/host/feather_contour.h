@@ -22,7 +22,7 @@ struct DY_FeatherContourState;  // the host's own part
 class VRL_HOST_API DY_FeatherContourMaker {
  public:
     /// Borrows shape and canceler. `scale_x` is 1 / pixel aspect; `expansion` (pixels) moves all contours outwards.
-    /// @throws std::bad_alloc, int (the stop code)
+    /// @throws std::bad_alloc, int (the stop code, or a status after a report: an outline or a distance out of range)
     DY_FeatherContourMaker(DY_Shape* shape, float scale_x, const DY_FeatherContourCanceler& canceler, float expansion);
     DY_FeatherContourMaker(const DY_FeatherContourMaker&) = delete;
     DY_FeatherContourMaker& operator=(const DY_FeatherContourMaker&) = delete;

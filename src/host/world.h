@@ -17,7 +17,8 @@ struct GW_LayerDef {
 /// words 0 to 32768. Rows may be padded.
 class VRL_HOST_API GW_World {
  public:
-    /// A world that refers to the layer's pixels. The caller deletes it; the pixels stay the layer's.
+    /// A world that refers to the layer's pixels; null for a layer without any. The caller deletes it; the pixels stay the
+    /// layer's.
     static GW_World* NewReference(GW_LayerDef* layer);
     /// A world of its own with all components 0; `depth` 8 or 16 bits a component. Null when it cannot be had.
     static GW_World* New(std::int32_t width, std::int32_t height, std::int32_t depth, std::int32_t flags);

@@ -1,13 +1,16 @@
 #include "render/mask_driver.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "base/errors.h"
 #include "base/fixed16.h"
 #include "base/narrow.h"
+#include "base/same_number.h"
 #include "host/canceler.h"
 #include "host/message_table.h"
+#include "host/refuse.h"
 #include "host/services.h"
 #include "render/feather_pass.h"
 #include "render/poly_rasterizer.h"
@@ -29,7 +32,8 @@ std::unique_ptr<VRLp_PolyRasterizer<P>> MakeRasterizer(const DY_Shape& shape, co
     const bool quality = params.quality == kBestQuality;
     const float expansion = NarrowToFloat(FixedToDouble(params.expansion));
     const float stored_aspect = NarrowToFloat(params.pixel_aspect);
-    const float aspect = stored_aspect == 0.0F ? 1.0F : stored_aspect;  // an unset ratio is exactly 0
+    if (!std::isfinite(stored_aspect)) VRLp_Refuse("a pixel aspect ratio is out of range");
+    const float aspect = IsSameNumber(static_cast<double>(stored_aspect), 0.0) ? 1.0F : stored_aspect;  // 0: not set
     if (shape.GetFeatherPtCount(0) != 0) {
         const bool smooth = params.variable_feather_option == 0;
         return std::make_unique<VRLp_PolyVariableFeatherRasterizer<P>>(shape, quality, expansion, aspect, smooth, canceler,
@@ -61,13 +65,15 @@ void ReportInvalidShapeType() {
 }
 
 template <class P>
-void RenderInto(const DY_Shape& shape, const VRL_MaskParams& params, const M_Matrix3* transform, GW_UnoBuffer& buffer,
+void RenderInto(const DY_Shape* shape, const VRL_MaskParams& params, const M_Matrix3* transform, GW_UnoBuffer& buffer,
                 M_LRect* touched) {
     const std::uint16_t value = MaskValue<P>(params.opacity);
     if (value == 0) {
-        VRLp_ClearBuffer(&buffer);
-    } else if (shape.type == kShapeTypeBezier) {
-        RenderBezierMask<P>(shape, params, value, transform, buffer, touched);
+        VRLp_ClearBuffer(&buffer);  // whatever the shape, even none
+    } else if (shape == nullptr) {
+        VRLp_Refuse("a mask needs a shape");
+    } else if (shape->type == kShapeTypeBezier) {
+        RenderBezierMask<P>(*shape, params, value, transform, buffer, touched);
     } else {
         ReportInvalidShapeType();
     }
@@ -82,7 +88,7 @@ void ClampToBuffer(M_LRect& rect, const GW_UnoBuffer& buffer) {
 
 }  // namespace
 
-void VRLp_RenderMask(const DY_Shape& shape, const VRL_MaskParams& params, const M_Matrix3* transform, GW_UnoBuffer& buffer,
+void VRLp_RenderMask(const DY_Shape* shape, const VRL_MaskParams& params, const M_Matrix3* transform, GW_UnoBuffer& buffer,
                      M_LRect* touched) {
     if (touched != nullptr) *touched = {0, 0, buffer.width, buffer.height};
     if (buffer.IsDeep()) {

@@ -6,12 +6,10 @@
 #include <new>
 
 #include "base/errors.h"
-#include "host/services.h"
+#include "host/refuse.h"
 #include "trace/pixel_rows.h"
 
 namespace {
-
-constexpr int kReportCode = 8;
 
 /// Components of 0 to 255.
 struct Pixel {
@@ -128,8 +126,7 @@ void ThresholdChannel(const GW_World& source, const VRLp_TraceContext& context, 
         case kVRLTraceValue:
             return fill([](Pixel p) { return RangeOf(p).max; });
         default:
-            YQp_ReportErrString(0, kReportCode, "NewMaskFromWorld knows no such channel");
-            throw kFailedCheck;
+            VRLp_Refuse("NewMaskFromWorld knows no such channel");
     }
 }
 

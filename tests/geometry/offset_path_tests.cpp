@@ -1,13 +1,18 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <limits>
 
 #include "api/vrl.h"
 #include "geometry/mask_path.h"
 #include "geometry/offset_path.h"
 #include "host/engine_binding.h"
+#include "host/nub_error.h"
 #include "refhost/engine/binding.h"
+#include "refhost/services/faults.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
+#include "tests/support/thrown_int.h"
 
 using testing::ElementsAre;
 
@@ -117,6 +122,23 @@ TEST(OffsetPath, ExpansionComesBeforeTheTransformAndKnowsThePixelAspect) {
     EXPECT_EQ(calls.size(), 2U);
 }
 
+TEST(OffsetPath, AsksTheHostForNothingItDoesNotNeed) {
+    const auto rectangle = Rectangle(0, 0, 100, 50);
+    const M_Matrix3 scaled = {{{2, 0, 0}, {0, 3, 0}, {10, 20, 1}}};
+    const auto asks = [&](refhost::HostCall call, double expansion, double aspect, const M_Matrix3* transform) {
+        refhost::FailHostCall(call, 1, 9);
+        const int thrown = ThrownInt([&] { BoundsWith(*rectangle, expansion, aspect, transform); });
+        refhost::DisarmFaults();
+        return thrown == 9;
+    };
+    // The first point's address: of a copy that was moved, not of the shape as given.
+    EXPECT_FALSE(asks(refhost::HostCall::kListGetConstAddress, 0, 1, nullptr));
+    EXPECT_TRUE(asks(refhost::HostCall::kListGetConstAddress, 0, 1, &scaled));
+    // A pixel aspect that is 1 but for the last bits of a float scales nothing.
+    EXPECT_FALSE(asks(refhost::HostCall::kScaleMatrix, 3, 1 + 5e-7, nullptr));
+    EXPECT_TRUE(asks(refhost::HostCall::kScaleMatrix, 3, 1 + 5e-6, nullptr));
+}
+
 TEST(InsetShape, PositiveDistancesShrinkAndPiecesAreAppended) {
     Shapes shapes = {boost::shared_ptr<DY_Shape>(new DY_Shape(kShapeTypeBezier, nullptr))};
     const boost::shared_ptr<DY_Shape> kept = shapes[0];
@@ -129,4 +151,19 @@ TEST(InsetShape, PositiveDistancesShrinkAndPiecesAreAppended) {
 
     VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, 6, 1, shapes);
     EXPECT_EQ(shapes.size(), 2U);  // nothing left, nothing appended
+
+    const support::QuietReports quiet;
+    constexpr double kInfinity = std::numeric_limits<double>::infinity(), kNaN = std::numeric_limits<double>::quiet_NaN();
+    for (const double aspect : {0.0, kInfinity, kNaN, 1e300, 1e-300}) {
+        EXPECT_EQ(ThrownInt([&] { VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, 2, aspect, shapes); }), 3) << aspect;
+        VRL_MaskParams params = PlainParams();
+        params.pixel_aspect = aspect;
+        GW_UnoBuffer buffer(8, 8, 8);
+        const bool is_float = std::abs(aspect) < 1;  // one of next to nothing counts as not set
+        EXPECT_EQ(VRL_MaskWithShape(Rectangle(0, 0, 5, 5).get(), &params, nullptr, &buffer, nullptr), is_float ? 0 : 3) << aspect;
+    }
+    for (const double distance : {kInfinity, -kInfinity, kNaN, 1e300, -1e10}) {
+        EXPECT_THROW(VRL_InsetShape(*Rectangle(0, 0, 20, 10), true, distance, 1, shapes), NUB_T_MT::CNUBError) << distance;
+    }
+    EXPECT_EQ(shapes.size(), 2U);
 }

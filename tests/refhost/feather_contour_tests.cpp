@@ -10,9 +10,11 @@
 
 #include "host/feather_contour.h"
 #include "refhost/engine/path_object.h"
+#include "refhost/services/status.h"
 #include "refhost/shape/feather_points.h"
 #include "tests/support/offset_distance.h"
 #include "tests/support/outlines.h"
+#include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
 
 namespace {
@@ -384,6 +386,8 @@ TEST(FeatherContour, HostileNumbersDoNoHarm) {
         EXPECT_EQ(ContourPath(a, static_cast<double>(kNaN))->points, ContourPath(a, -5)->points);
         EXPECT_EQ(ContourPath(a, 77)->points, ContourPath(a, 1)->points);
     }
+    const support::QuietReports quiet;
+    int refused = 0;
     std::mt19937 random(3);
     const auto pick = [&](std::initializer_list<float> values) { return values.begin()[random() % values.size()]; };
     for (int i = 0; i < 400; ++i) {
@@ -399,14 +403,21 @@ TEST(FeatherContour, HostileNumbersDoNoHarm) {
             p = {static_cast<double>(pick({-1e30F, -1, 0, 0, 0.5F, 1, 2, 3, 1e30F})),
                  pick({-1e4F, -30, -1, 0, 0, 1, 30, 1e4F, 3e38F})};
         refhost::SetFeatherPoints(*shape, radii);
-        const DY_FeatherContourMaker maker(shape.get(), pick({1, 1, 0.5F, 3, -1, 0, 1e-30F, 1e30F, kNaN}), kCounting,
-                                           pick({0, 0, 5, -5, 1e30F, kNaN}));
-        for (const float fraction : {0.0F, 0.5F, 1.0F}) {
-            DY_ContourResults result;
-            const PathHolder path(maker.MakeGRXPath(fraction, 1, &kEverywhere, &result));
-            for (std::size_t k = 0; path && k < path->points.size(); ++k) {
-                ASSERT_TRUE(std::isfinite(path->points[k].x) && std::isfinite(path->points[k].y));
+        const float scale = pick({1, 1, 0.5F, 3, -1, 0, 1e-30F, 1e30F, kNaN}), expansion = pick({0, 0, 5, -5, 1e30F, kNaN});
+        try {
+            const DY_FeatherContourMaker maker(shape.get(), scale, kCounting, expansion);
+            for (const float fraction : {0.0F, 0.5F, 1.0F}) {
+                DY_ContourResults result;
+                const PathHolder path(maker.MakeGRXPath(fraction, 1, &kEverywhere, &result));
+                for (std::size_t k = 0; path && k < path->points.size(); ++k) {
+                    ASSERT_TRUE(std::isfinite(path->points[k].x) && std::isfinite(path->points[k].y));
+                }
             }
+        } catch (int status) {
+            ASSERT_EQ(status, refhost::kStatusBadArgument);
+            ++refused;
         }
     }
+    EXPECT_GT(refused, 100);
+    EXPECT_LT(refused, 380);
 }
