@@ -8,37 +8,58 @@ namespace vrltool {
 namespace {
 
 template <class P, class Operation>
-void ForEachSample(const GW_UnoBuffer& mask, GW_UnoBuffer& total, Operation operation) {
-    for (std::int32_t y = 0; y < total.height; ++y) {
+void ForEachSample(const GW_UnoBuffer& mask, const M_LRect& rect, GW_UnoBuffer& total, Operation operation) {
+    for (std::int32_t y = rect.top; y < rect.bottom; ++y) {
         const P* const m = mask.Row<P>(y);
         P* const t = total.Row<P>(y);
-        for (std::int32_t x = 0; x < total.width; ++x) t[x] = static_cast<P>(operation(std::uint32_t{t[x]}, std::uint32_t{m[x]}));
+        for (std::int32_t x = rect.left; x < rect.right; ++x)
+            t[x] = static_cast<P>(operation(std::uint32_t{t[x]}, std::uint32_t{m[x]}));
     }
 }
 
 template <class P>
-void CombineSamples(CombineMode mode, const GW_UnoBuffer& mask, GW_UnoBuffer& total) {
+void CombineInside(CombineMode mode, const GW_UnoBuffer& mask, const M_LRect& rect, GW_UnoBuffer& total) {
     using Sample = std::uint32_t;
     static constexpr Sample kMax = SampleTraits<P>::kMax;
     switch (mode) {
         case CombineMode::kAdd:
-            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return std::min(a + b, kMax); });
+            return ForEachSample<P>(mask, rect, total, [](Sample a, Sample b) { return std::min(a + b, kMax); });
         case CombineMode::kSubtract:
-            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return a > b ? a - b : 0; });
+            return ForEachSample<P>(mask, rect, total, [](Sample a, Sample b) { return a > b ? a - b : 0; });
         case CombineMode::kIntersect:
-            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return (a * b + kMax / 2) / kMax; });
+            return ForEachSample<P>(mask, rect, total, [](Sample a, Sample b) { return (a * b + kMax / 2) / kMax; });
         case CombineMode::kLighten:
-            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return std::max(a, b); });
+            return ForEachSample<P>(mask, rect, total, [](Sample a, Sample b) { return std::max(a, b); });
         case CombineMode::kDarken:
-            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return std::min(a, b); });
+            return ForEachSample<P>(mask, rect, total, [](Sample a, Sample b) { return std::min(a, b); });
         case CombineMode::kDifference:
-            return ForEachSample<P>(mask, total, [](Sample a, Sample b) { return a > b ? a - b : b - a; });
+            return ForEachSample<P>(mask, rect, total, [](Sample a, Sample b) { return a > b ? a - b : b - a; });
+    }
+}
+
+/// A mask of 0 leaves only these two modes nothing; the others it does not change.
+bool ClearsWhereMaskIsNone(CombineMode mode) { return mode == CombineMode::kIntersect || mode == CombineMode::kDarken; }
+
+template <class P>
+void ClearOutside(const M_LRect& rect, GW_UnoBuffer& total) {
+    for (std::int32_t y = 0; y < total.height; ++y) {
+        P* const row = total.Row<P>(y);
+        const bool crosses = y >= rect.top && y < rect.bottom && rect.left < rect.right;
+        std::fill(row, row + (crosses ? rect.left : total.width), P{0});
+        if (crosses) std::fill(row + rect.right, row + total.width, P{0});
     }
 }
 
 template <class P>
+void CombineSamples(CombineMode mode, const GW_UnoBuffer& mask, const M_LRect& touched, GW_UnoBuffer& total) {
+    CombineInside<P>(mode, mask, touched, total);
+    if (ClearsWhereMaskIsNone(mode)) ClearOutside<P>(touched, total);
+}
+
+template <class P>
 void Complement(GW_UnoBuffer& buffer) {
-    ForEachSample<P>(buffer, buffer, [](std::uint32_t a, std::uint32_t) { return SampleTraits<P>::kMax - a; });
+    const M_LRect whole = {0, 0, buffer.width, buffer.height};
+    ForEachSample<P>(buffer, whole, buffer, [](std::uint32_t a, std::uint32_t) { return SampleTraits<P>::kMax - a; });
 }
 
 }  // namespace
@@ -56,8 +77,9 @@ void StartTotal(CombineMode mode, GW_UnoBuffer& first) {
     first.IsDeep() ? Complement<GW_Pixel16>(first) : Complement<GW_Pixel8>(first);
 }
 
-void Combine(CombineMode mode, const GW_UnoBuffer& mask, GW_UnoBuffer& total) {
-    total.IsDeep() ? CombineSamples<GW_Pixel16>(mode, mask, total) : CombineSamples<GW_Pixel8>(mode, mask, total);
+void Combine(CombineMode mode, const GW_UnoBuffer& mask, const M_LRect& touched, GW_UnoBuffer& total) {
+    total.IsDeep() ? CombineSamples<GW_Pixel16>(mode, mask, touched, total)
+                   : CombineSamples<GW_Pixel8>(mode, mask, touched, total);
 }
 
 }  // namespace vrltool

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string_view>
 
+#include "host/geometry_records.h"
 #include "host/image.h"
 
 namespace vrltool {
@@ -27,7 +28,7 @@ const char* NameOf(CombineMode mode);
 /// difference, everything for subtract, intersect and darken. So only subtract changes the buffer, to its complement.
 void StartTotal(CombineMode mode, GW_UnoBuffer& first);
 
-/// Joins `mask` to `total`; both have the same size and depth.
-void Combine(CombineMode mode, const GW_UnoBuffer& mask, GW_UnoBuffer& total);
+/// Joins `mask` to `total`; both have the same size and depth. The mask counts as 0 outside of `touched`, a rectangle in it.
+void Combine(CombineMode mode, const GW_UnoBuffer& mask, const M_LRect& touched, GW_UnoBuffer& total);
 
 }  // namespace vrltool

@@ -68,6 +68,12 @@ MaskBuffer NewClearBuffer(const PictureOptions& options) {
     return buffer;
 }
 
+/// Outside of it the mask is 0. A feather of varying width may reach beyond the rectangle that is reported, so it counts whole.
+M_LRect CombinedRect(const DY_Shape& shape, const M_LRect& touched, const GW_UnoBuffer& mask) {
+    if (shape.GetFeatherPtCount(0) != 0) return {0, 0, mask.width, mask.height};
+    return touched;
+}
+
 struct RenderedMask {
     MaskBuffer total;
     std::vector<M_LRect> touched;  // one per shape
@@ -89,7 +95,7 @@ RenderedMask RenderMasks(const std::vector<ShapeRecord>& records, const PictureO
 
         const CombineMode mode = records[i].mode.value_or(options.combine);
         if (result.total) {
-            Combine(mode, *mask, *result.total);
+            Combine(mode, *mask, CombinedRect(*records[i].shape, touched, *mask), *result.total);
         } else {
             StartTotal(mode, *mask);
             result.total = std::move(mask);

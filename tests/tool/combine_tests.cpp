@@ -14,7 +14,7 @@ std::vector<P> Combined(CombineMode mode, const std::vector<P>& total, const std
     GW_UnoBuffer a(width, 1, sizeof(P) * 8), b(width, 1, sizeof(P) * 8);
     std::copy(total.begin(), total.end(), a.Row<P>(0));
     std::copy(mask.begin(), mask.end(), b.Row<P>(0));
-    Combine(mode, b, a);
+    Combine(mode, b, {0, 0, width, 1}, a);
     return {a.Row<P>(0), a.Row<P>(0) + width};
 }
 
@@ -36,6 +36,33 @@ TEST(Combine, FollowsEachModesArithmetic) {
     for (const auto& c : cases) {
         EXPECT_EQ(Combined(c.mode, a8, b8), c.expected8) << NameOf(c.mode);
         EXPECT_EQ(Combined(c.mode, a16, b16), c.expected16) << NameOf(c.mode);
+    }
+}
+
+template <class P>
+void ExpectNoMaskOutside(const M_LRect& touched) {
+    constexpr std::int32_t kWidth = 5, kHeight = 4;
+    for (int mode = 0; mode < 6; ++mode) {
+        GW_UnoBuffer total(kWidth, kHeight, sizeof(P) * 8), mask(kWidth, kHeight, sizeof(P) * 8),
+            expected(kWidth, kHeight, sizeof(P) * 8);
+        for (std::int32_t i = 0; i < kWidth * kHeight; ++i) {
+            const std::int32_t x = i % kWidth, y = i / kWidth;
+            const bool inside = x >= touched.left && x < touched.right && y >= touched.top && y < touched.bottom;
+            const auto a = static_cast<P>(40 * y + x + 1), b = static_cast<P>(100 - 9 * i / 4);
+            total.Row<P>(y)[x] = a;
+            mask.Row<P>(y)[x] = b;
+            expected.Row<P>(y)[x] = Combined<P>(static_cast<CombineMode>(mode), {a}, {inside ? b : P{0}}).front();
+        }
+        Combine(static_cast<CombineMode>(mode), mask, touched, total);
+        EXPECT_TRUE(std::equal(total.Row<P>(0), total.Row<P>(kHeight), expected.Row<P>(0))) << kCombineNames[mode];
+    }
+}
+
+TEST(Combine, TakesTheMaskForNothingOutsideOfWhatItTouched) {
+    for (const M_LRect& touched :
+         {M_LRect{1, 1, 4, 3}, M_LRect{0, 0, 5, 4}, M_LRect{0, 2, 5, 4}, M_LRect{3, 3, 3, 3}, M_LRect{2, 0, 2, 4}}) {
+        ExpectNoMaskOutside<GW_Pixel8>(touched);
+        ExpectNoMaskOutside<GW_Pixel16>(touched);
     }
 }
 

@@ -121,6 +121,14 @@ TEST_F(Program, FeatherPointsSoftenTheEdge) {
     EXPECT_EQ(sample("", both, 48), 255);
     EXPECT_EQ(sample("", both, 8), 0);
     EXPECT_LT(sample("", both, 12), 200);
+
+    // Turned, the feather reaches beyond the rectangle that the mask is said to touch; combined, all of it is there.
+    Write("after.json", R"({"shapes": [{"vertices": [{"p": [0, 0]}]}, )" + square.substr(12) + "\"feather\": [" + out + "]}]}");
+    const std::string turned = " --size 90x90 --transform .7,.7,-.7,.7,45,3 -o ";
+    Run("mask after.json" + turned + "after.png");
+    Write("soft.json", square + "\"feather\": [" + out + "]}]}");
+    Run("mask soft.json" + turned + "soft.png");
+    EXPECT_TRUE(Content(folder_ / "after.png") == Content(folder_ / "soft.png"));
 }
 
 // An opaque layer's alpha is the mask itself; moved points are rounded, and rings spaced, a little differently.
