@@ -30,6 +30,7 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
 install(DIRECTORY src/api src/base src/host DESTINATION ${VRL_INCLUDE_DIR} FILES_MATCHING PATTERN "*.h")
 install(FILES refhost/refhost.h DESTINATION ${VRL_INCLUDE_DIR}/refhost)
 install(FILES refhost/services/reports.h DESTINATION ${VRL_INCLUDE_DIR}/refhost/services)
+install(FILES refhost/shape/feather_points.h DESTINATION ${VRL_INCLUDE_DIR}/refhost/shape)
 
 install(EXPORT vrlTargets NAMESPACE vrl:: DESTINATION ${VRL_CMAKE_DIR})
 configure_package_config_file(cmake/vrlConfig.cmake.in ${PROJECT_BINARY_DIR}/vrlConfig.cmake INSTALL_DESTINATION ${VRL_CMAKE_DIR})
