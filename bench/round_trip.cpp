@@ -51,7 +51,7 @@ constexpr Picture kPictures[] = {
 std::unique_ptr<GW_World> Load(const Picture& picture) {
     if (picture.file == nullptr) return WorldOf(TextPage());
     vrltool::WorkProgress progress(1);
-    return vrltool::ReadPng(picture.file, progress);
+    return vrltool::ReadPng(picture.file, progress).world;
 }
 
 VRL_AutoTraceParams ParamsFor(const Picture& picture, float tolerance) {

@@ -40,7 +40,7 @@ const std::map<std::string, std::int32_t> kChannels = {
 
 RPTrace TraceOf(const MapOptions& options) {
     vrltool::WorkProgress progress(1);
-    const std::unique_ptr<GW_World> world = vrltool::ReadPng(options.image, progress);
+    const std::unique_ptr<GW_World> world = vrltool::ReadPng(options.image, progress).world;
     if (vrltool::IsDeep(*world)) throw vrltool::Failure(options.image + ": only pictures of 8 bits can be traced");
     VRLp_TraceContext context = VRLp_FillContext(options.params, *world);
     context.bitmap.reset(GW_World::New(world->width, world->height, world->Depth(), 0));

@@ -10,6 +10,7 @@
 #include "tool/failure.h"
 #include "tool/library_session.h"
 #include "tool/mask_options.h"
+#include "tool/message.h"
 #include "tool/option_values.h"
 #include "tool/output_file.h"
 #include "tool/png_reader.h"
@@ -34,8 +35,9 @@ constexpr const char* kExamples = R"(Examples:
   vrl apply - hand.json -o - < photo.png > cut.png
 
 The masks are joined by union, whatever their order, and multiplied into the alpha the picture has. Shapes whose file
-names another mode than add are refused. The result has red, green, blue and alpha in 8 or 16 bits, as the picture does;
-masks have 256 levels in both. Distances are in the picture's pixels.)";
+names another mode than add are refused. The result has red, green, blue and alpha in 8 or 16 bits, as the picture does,
+and its colour profile and resolution; with a profile for grey it has grey and alpha. Masks have 256 levels in both depths.
+Distances are in the picture's pixels.)";
 
 void RequireAdding(const std::vector<ShapeRecord>& records, const std::string& file) {
     for (std::size_t i = 0; i < records.size(); ++i) {
@@ -75,40 +77,58 @@ std::vector<P> TakeAlpha(GW_World& world) {
     return alpha;
 }
 
+/// False when all of the alphas were 0 before.
 template <class P>
-void MultiplyAlpha(const std::vector<P>& factors, GW_World& world) {
+bool MultiplyAlpha(const std::vector<P>& factors, GW_World& world) {
     constexpr std::uint32_t kMax = SampleTraits<P>::kMax;
     auto factor = factors.begin();
+    bool any = false;
     for (std::int32_t y = 0; y < world.height; ++y) {
         const std::span<P> row = RowOf<P>(world, y);
         for (std::size_t i = 0; i < row.size(); i += kComponents) {
+            any = any || row[i] != 0;
             row[i] = static_cast<P>((std::uint32_t{row[i]} * *factor++ + kMax / 2) / kMax);
         }
     }
+    return any;
 }
 
-/// What `merge` joins to an alpha of 0 is the share that each pixel keeps of its own.
+/// What `merge` joins to an alpha of 0 is the share that each pixel keeps of its own. False when that is nothing.
 template <class P, class Merge>
-void CutOut(GW_World& world, Merge merge) {
+bool CutOut(GW_World& world, Merge merge) {
     const std::vector<P> alpha = TakeAlpha<P>(world);
     merge();
-    MultiplyAlpha(alpha, world);
+    return MultiplyAlpha(alpha, world);
+}
+
+/// What is told once the picture is written.
+struct Applied {
+    std::string layer_note;  // empty for none
+    bool has_mask;
+    std::vector<M_LRect> touched;  // one per shape
+};
+
+Applied Apply(const std::vector<ShapeRecord>& records, const ApplyOptions& options) {
+    WorkProgress progress(records.size() + 2);  // reading the picture, the masks, writing
+    PngContent layer = ReadPng(options.layer, progress);
+    OutputFile output(options.output);
+    Applied applied = {std::move(layer.note), false, {}};
+    const auto merge = [&] { applied.touched = MergeMasks(records, options, *layer.world, progress, 1); };
+    applied.has_mask = IsDeep(*layer.world) ? CutOut<GW_Pixel16>(*layer.world, merge) : CutOut<GW_Pixel8>(*layer.world, merge);
+    progress.BeginPart(records.size() + 1);
+    WritePng(*layer.world, output, progress, layer.appearance);
+    output.Commit();
+    return applied;
 }
 
 void RunApply(const ApplyOptions& options) {
     const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
     NoteWhenEmpty(records, options.shapes);
     RequireAdding(records, options.shapes);
-    WorkProgress progress(records.size() + 2);  // reading the picture, the masks, writing
-    const std::unique_ptr<GW_World> world = ReadPng(options.layer, progress);
-    OutputFile output(options.output);
-    std::vector<M_LRect> touched;
-    const auto merge = [&] { touched = MergeMasks(records, options, *world, progress, 1); };
-    IsDeep(*world) ? CutOut<GW_Pixel16>(*world, merge) : CutOut<GW_Pixel8>(*world, merge);
-    progress.BeginPart(records.size() + 1);
-    WritePng(*world, output, progress);
-    output.Commit();
-    if (options.masks.print_touched) PrintTouched(touched);
+    const Applied applied = Apply(records, options);
+    if (!applied.layer_note.empty()) PrintMessage(InputName(options.layer) + ": " + applied.layer_note);
+    if (!records.empty() && !applied.has_mask) NoteEmptyMask(options.shapes);
+    if (options.masks.print_touched) PrintTouched(applied.touched);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "api/vrl.h"
 #include "host/status_of.h"
 #include "tool/library_session.h"
+#include "tool/message.h"
 #include "tool/option_values.h"
 #include "tool/output_file.h"
 #include "tool/shape_file.h"
@@ -18,7 +19,7 @@ namespace vrltool {
 namespace {
 
 struct InsetOptions {
-    std::string shapes, output;
+    std::string shapes, output, format;
     double distance = 0;
     double aspect = 1;
     VRL_Join join = kVRLJoinRound;
@@ -30,10 +31,11 @@ constexpr const char* kExamples = R"(Examples:
   vrl inset hand.json --distance 4 -o smaller.json
   vrl inset hand.json --distance -12 --join miter -o larger.svg
   vrl inset - --distance 2 -o - < icon.svg > icon.json
+  vrl inset icon.svg --distance 2 -o - --format svg > icon2.svg
 
 Every shape is moved by itself and leaves any number of pieces, none where it is too narrow; they take over its mode, but
-no feather points. A drawing (.svg) shows all of them as one path, filled by the even-odd rule; a JSON file (.json, or
-standard output) holds one shape a piece.)";
+no feather points. A drawing (.svg) shows all of them as one path, filled by the even-odd rule, on the canvas of the drawing they
+come from; a JSON file (.json, or standard output) holds one shape a piece.)";
 
 using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
 
@@ -55,12 +57,20 @@ std::vector<ShapeRecord> InsetShapes(const std::vector<ShapeRecord>& records, co
     return results;
 }
 
+void NoteWhenNothingIsLeft(const std::vector<ShapeRecord>& results, const InsetOptions& options) {
+    if (!results.empty()) return;
+    const char* const advice = options.distance > 0 ? "try a smaller --distance" : "its outlines enclose no area";
+    PrintMessage(InputName(options.shapes) + ": nothing is left of it; " + advice);
+}
+
 void RunInset(const InsetOptions& options) {
-    const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
-    NoteWhenEmpty(records, options.shapes);
+    const Drawing drawing = LoadDrawing(options.shapes);
+    NoteWhenEmpty(drawing.shapes, options.shapes);
     OutputFile output(options.output);
-    output.Write(ShapeWriterFor(options.output)(InsetShapes(records, options), {}));
+    const std::vector<ShapeRecord> results = InsetShapes(drawing.shapes, options);
+    output.Write(ShapeWriterFor(options.output, options.format)(results, {.canvas = drawing.canvas, .total_ms = {}}));
     output.Commit();
+    if (!drawing.shapes.empty()) NoteWhenNothingIsLeft(results, options);
 }
 
 void AddArguments(CLI::App& command, InsetOptions& options) {
@@ -69,9 +79,10 @@ void AddArguments(CLI::App& command, InsetOptions& options) {
              [&](const std::string& text) { options.distance = ParseNumber(text, -kMaxSide, kMaxSide); })
         ->required();
     AddValue(command, "-o,--output", "FILE", "SVG or JSON file to write, - for standard output", [&](const std::string& text) {
-        if (ShapeWriterFor(text) == nullptr) throw CLI::ValidationError('"' + text + "\" does not end in .svg or .json");
-        options.output = text;
+        options.output = ParseOutputName(text);
     })->required();
+    AddFormatOption(command, options.format, "kind of the file, svg or json, where its name does not tell it")
+        ->default_str("json");
     AddValue(command, "--join", "NAME", "shape of outward corners: miter, round or bevel",
              [&](const std::string& text) { options.join = kJoins.at(text); })
         ->check(CLI::IsMember(kJoins))
@@ -86,7 +97,12 @@ void AddInsetCommand(CLI::App& program, Command& chosen) {
     CLI::App& command = *program.add_subcommand("inset", "Move outlines inwards or outwards");
     AddArguments(command, *options);
     command.footer(kExamples);
-    command.callback([options, &chosen] { chosen = [options] { RunInset(*options); }; });
+    command.callback([options, &chosen] {
+        if (ShapeWriterFor(options->output, options->format) == nullptr) {
+            throw CLI::ValidationError("-o", ExplainNoShapeWriter(options->output, options->format));
+        }
+        chosen = [options] { RunInset(*options); };
+    });
 }
 
 }  // namespace vrltool

@@ -12,6 +12,7 @@
 #include "tool/command_line.h"
 #include "tool/failure.h"
 #include "tool/interrupt.h"
+#include "tool/message.h"
 #include "tool/system.h"
 #include "tool/usage_error.h"
 
@@ -21,12 +22,8 @@ using namespace vrltool;
 
 enum ExitStatus { kDone = 0, kFailed = 1, kWrongUsage = 2 };
 
-/// One line on standard error, whatever a file or its name may have put into the text.
-int Complain(std::string text) {
-    for (char& c : text) {
-        if (static_cast<unsigned char>(c) < ' ') c = ' ';
-    }
-    std::fprintf(stderr, "vrl: %s\n", text.c_str());
+int Complain(const std::string& text) {
+    PrintMessage(text);
     return kFailed;
 }
 

@@ -1,5 +1,6 @@
 #include "tool/mask_command.h"
 
+#include <algorithm>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -112,15 +113,13 @@ Overlay DrawOverlay(const GW_UnoBuffer& mask, const std::vector<ShapeRecord>& re
     return overlay;
 }
 
-void RunMask(const PictureOptions& options) {
-    const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
-    NoteWhenEmpty(records, options.shapes);
+RenderedMask WriteMask(const std::vector<ShapeRecord>& records, const PictureOptions& options) {
     OutputFile output(options.output);
     std::optional<OutputFile> overlay_output;
     if (!options.overlay.path.empty()) overlay_output.emplace(options.overlay.path);
     WorkProgress progress(records.size() + 2);  // the last parts are the overlay and the writing
     LibrarySession library;
-    const RenderedMask rendered = RenderMasks(records, options, progress, library);
+    RenderedMask rendered = RenderMasks(records, options, progress, library);
     progress.BeginPart(records.size());
     if (overlay_output) {
         WritePng(DrawOverlay(*rendered.total, records, options, library).Picture(), *overlay_output, progress);
@@ -129,7 +128,22 @@ void RunMask(const PictureOptions& options) {
     WritePng(*rendered.total, output, progress);
     output.Commit();
     if (overlay_output) overlay_output->Commit();
-    if (options.masks.print_touched) PrintTouched(rendered.touched);
+    return rendered;
+}
+
+template <class P>
+bool IsEmpty(const GW_UnoBuffer& mask) {
+    return std::all_of(mask.Row<P>(0), mask.Row<P>(mask.height), [](P sample) { return sample == 0; });
+}
+
+void RunMask(const PictureOptions& options) {
+    const std::vector<ShapeRecord> records = LoadShapes(options.shapes);
+    NoteWhenEmpty(records, options.shapes);
+    const auto [mask, touched] = WriteMask(records, options);
+    if (!records.empty() && (mask->IsDeep() ? IsEmpty<GW_Pixel16>(*mask) : IsEmpty<GW_Pixel8>(*mask))) {
+        NoteEmptyMask(options.shapes);
+    }
+    if (options.masks.print_touched) PrintTouched(touched);
 }
 
 void AddFileArguments(CLI::App& command, PictureOptions& options) {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "tool/message.h"
 #include "tool/option_values.h"
 #include "tool/standard_stream.h"
 
@@ -39,6 +40,10 @@ void AddMaskOptions(CLI::App& command, MaskOptions& options) {
 void RequireOneWriter(const MaskOptions& options, const std::string& output) {
     if (!options.print_touched || output != kStandardStream) return;
     throw CLI::ValidationError("--touched and -o - would both write to standard output");
+}
+
+void NoteEmptyMask(const std::string& shapes) {
+    PrintMessage(InputName(shapes) + ": the mask is empty; vrl info tells where its shapes are, --transform moves them");
 }
 
 void PrintTouched(const std::vector<M_LRect>& rects) {

@@ -21,6 +21,9 @@ void AddMaskOptions(CLI::App& command, MaskOptions& options);
 /// @throws CLI::ValidationError  when rectangles and picture would both go to standard output
 void RequireOneWriter(const MaskOptions& options, const std::string& output);
 
+/// Tells on standard error that nothing of the shapes shows, and what to do about it.
+void NoteEmptyMask(const std::string& shapes);
+
 /// A line a mask: left top right bottom.
 void PrintTouched(const std::vector<M_LRect>& rects);
 

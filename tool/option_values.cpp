@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/fixed16.h"
+#include "tool/standard_stream.h"
 
 namespace vrltool {
 namespace {
@@ -17,9 +18,9 @@ namespace {
     throw CLI::ValidationError('"' + text + "\" is not " + wanted);
 }
 
-/// A whole finite number; no value for anything else.
+/// The finite number that is all of the text; no value for anything else.
 template <class Number>
-std::optional<Number> WholeText(std::string_view text) {
+std::optional<Number> NumberIn(std::string_view text) {
     Number value{};
     const char* const end = text.data() + text.size();
     const std::from_chars_result result = std::from_chars(text.data(), end, value);
@@ -41,7 +42,7 @@ std::vector<std::string_view> SplitAtCommas(std::string_view text) {
 std::vector<double> NumberList(std::string_view text) {
     std::vector<double> numbers;
     for (const std::string_view part : SplitAtCommas(text)) {
-        const std::optional<double> number = WholeText<double>(part);
+        const std::optional<double> number = NumberIn<double>(part);
         if (!number) return {};
         numbers.push_back(*number);
     }
@@ -50,7 +51,7 @@ std::vector<double> NumberList(std::string_view text) {
 
 /// 0 for anything that is not a side's length.
 std::int32_t ParseSide(std::string_view text) {
-    const std::int32_t side = WholeText<std::int32_t>(text).value_or(0);
+    const std::int32_t side = NumberIn<std::int32_t>(text).value_or(0);
     return side >= 1 && side <= kMaxSide ? side : 0;
 }
 
@@ -65,9 +66,17 @@ PixelSize ParseSize(const std::string& text) {
 }
 
 double ParseNumber(const std::string& text, double low, double high) {
-    const std::optional<double> number = WholeText<double>(text);
+    const std::optional<double> number = NumberIn<double>(text);
     if (!number || *number < low || *number > high) {
         Refuse(text, "a number from " + CLI::detail::to_string(low) + " to " + CLI::detail::to_string(high));
+    }
+    return *number;
+}
+
+std::int32_t ParseWhole(const std::string& text, std::int32_t low, std::int32_t high) {
+    const std::optional<std::int32_t> number = NumberIn<std::int32_t>(text);
+    if (!number || *number < low || *number > high) {
+        Refuse(text, "a whole number from " + std::to_string(low) + " to " + std::to_string(high));
     }
     return *number;
 }
@@ -87,11 +96,18 @@ M_Matrix3 ParseMatrix(const std::string& text) {
     return {{{v[0], v[1], 0}, {v[2], v[3], 0}, {v[4], v[5], 1}}};
 }
 
+std::string ParseOutputName(const std::string& text) {
+    if (text.empty()) throw CLI::ValidationError("the name of the file is empty");
+    return text == "/dev/stdout" ? kStandardStream : text;
+}
+
+std::string EndingOf(const std::string& path) { return CLI::detail::to_lower(std::filesystem::path(path).extension().string()); }
+
 void AddPngOutput(CLI::App& command, std::string& output) {
     AddValue(command, "-o,--output", "FILE", "PNG file to write, - for standard output", [&output](const std::string& text) {
-        const std::string ending = CLI::detail::to_lower(std::filesystem::path(text).extension().string());
+        output = ParseOutputName(text);
+        const std::string ending = EndingOf(output);
         if (!ending.empty() && ending != ".png") throw CLI::ValidationError('"' + text + "\" does not end in .png");
-        output = text;
     })->required();
 }
 

@@ -19,22 +19,29 @@ inline constexpr std::int32_t kMaxSide = 32767;  // pixels; coordinates of rows 
 
 PixelSize ParseSize(const std::string& text);  // "WxH"
 double ParseNumber(const std::string& text, double low, double high);
+std::int32_t ParseWhole(const std::string& text, std::int32_t low, std::int32_t high);
 /// "X" or "X,Y", each from 0; one number stands for both.
 M_Vector2T<double> ParseRadii(const std::string& text);
 M_Matrix3 ParseMatrix(const std::string& text);  // "a,b,c,d,tx,ty"
+
+/// The name of a file to write; "-" for standard output, by whatever name.
+std::string ParseOutputName(const std::string& text);
+
+/// The ending of a file's name in small letters, with its dot.
+std::string EndingOf(const std::string& path);
 
 /// Adds -o for a command that writes a picture. A name with another ending is refused: most likely it is that of the shapes,
 /// which would be lost.
 void AddPngOutput(CLI::App& command, std::string& output);
 
-/// Adds an option whose value `read` takes from its text. A complaint gets the option's name.
+/// Adds an option whose value `read` takes from its text. A complaint gets the option's first name.
 template <class Read>
 CLI::Option* AddValue(CLI::App& command, const char* name, const char* value_name, const char* description, Read read) {
     const auto named_read = [name = std::string(name), read](const std::string& text) {
         try {
             read(text);
         } catch (const CLI::ValidationError& error) {
-            throw CLI::ValidationError(name.substr(name.rfind(',') + 1), error.what());
+            throw CLI::ValidationError(name.substr(0, name.find(',')), error.what());
         }
     };
     return command.add_option_function<std::string>(name, named_read, description)->type_name(value_name);

@@ -29,23 +29,51 @@ std::FILE* CreateBeside(const std::string& target, std::string& created) {
     return nullptr;
 }
 
+/// "/dev/fd/3" and the like.
+bool IsOpenFilesName(const std::string& path) {
+    const std::string name = fs::path(path).lexically_normal().generic_string();
+    return name == "/dev/stderr" || name.starts_with("/dev/fd/") || name.starts_with("/proc/");
+}
+
 }  // namespace
+
+bool IsStream(const std::string& path) {
+    if (path == kStandardStream || IsOpenFilesName(path)) return true;
+    std::error_code ignored;
+    return fs::is_other(fs::status(path, ignored));
+}
 
 OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
     if (path == kStandardStream) {
         stream_ = stdout;
         return;
     }
-    std::error_code error;
-    const fs::file_status status = fs::status(path, error);
-    if (fs::is_directory(status)) Fail(EISDIR);
-    if (fs::exists(status) && !fs::is_regular_file(status)) {
-        stream_ = OpenFile(path, "wb");
+    if (IsStream(path)) {
+        stream_ = OpenFile(path, "ab");  // appended to, a file that is open already keeps what it has
         if (stream_ == nullptr) Fail(errno);
         return;
     }
-    target_ = fs::is_symlink(fs::symlink_status(path, error)) ? fs::weakly_canonical(path, error).string() : path;
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_directory(status)) Fail(EISDIR);
+    target_ = path;
+    if (fs::is_symlink(fs::symlink_status(path, error))) {
+        if (!fs::exists(status)) throw Failure(name_ + ": is a link to a file that is not there");
+        target_ = fs::canonical(path, error).string();
+    }
+    if (fs::exists(status)) RequireWritable();
     OpenBeside();
+}
+
+/// Replacing a file takes a right to its folder only.
+void OutputFile::RequireWritable() const {
+    constexpr fs::perms kWritable = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    std::error_code ignored;
+    // The system's administrator may write any file, but hardly means one that is marked so.
+    if ((fs::status(target_, ignored).permissions() & kWritable) == fs::perms::none) throw Failure(name_ + ": is read-only");
+    std::FILE* const opened = OpenFile(target_, "r+b");
+    if (opened == nullptr) Fail(errno);
+    std::fclose(opened);
 }
 
 void OutputFile::OpenBeside() {

@@ -6,8 +6,11 @@
 
 namespace vrltool {
 
-/// A file that appears whole or not at all: it is written beside its place and renamed into it. "-" is standard output;
-/// that and devices are written directly.
+/// True for what has no content to replace: "-", standard output, and devices, pipes and files that are open already.
+bool IsStream(const std::string& path);
+
+/// A file that appears whole or not at all: it is written beside its place and renamed into it, and keeps the permissions it
+/// had. What may not be written is not replaced. Streams are written directly.
 class OutputFile {
  public:
     /// @throws Failure
@@ -30,6 +33,7 @@ class OutputFile {
     [[noreturn]] void Fail(int error) const;
 
  private:
+    void RequireWritable() const;
     void OpenBeside();
 
     std::string name_;       // for messages

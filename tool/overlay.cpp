@@ -197,14 +197,11 @@ void DrawFeatherPoints(const std::vector<ShapeRecord>& records, double pixel_asp
 }  // namespace
 
 void AddOverlayOptions(CLI::App& command, OverlayOptions& options, const char* file_description) {
-    constexpr double kMostScale = 64;
-    command.add_option("--overlay", options.path, file_description)->type_name("FILE");
+    constexpr std::int32_t kMostScale = 64;
+    AddValue(command, "--overlay", "FILE", file_description,
+             [&](const std::string& text) { options.path = ParseOutputName(text); });
     AddValue(command, "--overlay-scale", "N", "magnify the overlay by this whole number; without it, by the picture's size",
-             [&](const std::string& text) {
-                 const double scale = ParseNumber(text, 1, kMostScale);
-                 if (scale != std::floor(scale)) throw CLI::ValidationError('"' + text + "\" is not a whole number");
-                 options.scale = static_cast<std::int32_t>(scale);
-             })
+             [&](const std::string& text) { options.scale = ParseWhole(text, 1, kMostScale); })
         ->needs("--overlay");
 }
 

@@ -9,12 +9,8 @@
 #include <exception>
 #include <mutex>
 #include <new>
-#include <optional>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "tool/failure.h"
 #include "tool/interrupt.h"
 #include "tool/work_progress.h"
 
@@ -53,13 +49,7 @@ class JobQueue {
         std::_Exit(ExitStatusOf(interruption));
     }
 
-    void ThrowIfAnyFailed() const {
-        FailedFiles failed;
-        for (const auto& complaint : complaints_) {
-            if (complaint) failed.complaints.push_back(*complaint);
-        }
-        if (!failed.complaints.empty()) throw failed;
-    }
+    const std::vector<std::optional<std::string>>& Complaints() const { return complaints_; }
 
  private:
     static std::optional<std::string> ComplaintOf(const std::function<void()>& work) {
@@ -89,7 +79,7 @@ class JobQueue {
 
 }  // namespace
 
-void RunJobs(std::size_t count, std::size_t threads, std::int32_t steps, const Job& job) {
+std::vector<std::optional<std::string>> RunJobs(std::size_t count, std::size_t threads, std::int32_t steps, const Job& job) {
     JobQueue queue(count, job);
     std::vector<std::jthread> workers;
     for (std::size_t i = 0; i < std::min(count, threads); ++i) workers.emplace_back([&] { queue.WorkUntilEmpty(); });
@@ -100,7 +90,7 @@ void RunJobs(std::size_t count, std::size_t threads, std::int32_t steps, const J
         queue.EndProgram(interruption);
     }
     workers.clear();  // waits for them
-    queue.ThrowIfAnyFailed();
+    return queue.Complaints();
 }
 
 }  // namespace vrltool

@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace vrltool {
 
@@ -17,8 +20,7 @@ using Job = std::function<void(std::size_t index, const JobCalls& calls)>;
 
 /// Runs the jobs 0 to `count` - 1 on up to `threads` threads, each in `steps` steps. The calling thread draws the progress
 /// and, on a request to stop, ends the program at once between two commits: calls that cannot be stopped are left behind.
-/// One failed job does not stop the others.
-/// @throws FailedFiles  with what the failed jobs threw, in the order of the jobs
-void RunJobs(std::size_t count, std::size_t threads, std::int32_t steps, const Job& job);
+/// One failed job does not stop the others. Returns a complaint for each job that failed, no value for the others.
+std::vector<std::optional<std::string>> RunJobs(std::size_t count, std::size_t threads, std::int32_t steps, const Job& job);
 
 }  // namespace vrltool

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
+#include <span>
 
 #include "tool/failure.h"
 #include "tool/input_stream.h"
@@ -30,6 +31,7 @@ class PngSource : PngCalls {
 
     void Begin() {
         Run([&] {
+            KeepAppearance();
             png_read_info(png_, info_);
             AskForWorldPixels();
             passes_ = png_set_interlace_handling(png_);
@@ -41,6 +43,17 @@ class PngSource : PngCalls {
     std::int32_t Depth() const { return png_get_bit_depth(png_, info_); }
     int Passes() const { return passes_; }  // over all rows
 
+    PngAppearance Appearance() const {
+        PngAppearance appearance;
+        appearance.is_grey = is_grey_;
+        png_unknown_chunkp chunks = nullptr;
+        const int count = png_get_unknown_chunks(png_, info_, &chunks);
+        for (const png_unknown_chunk& chunk : std::span(chunks, static_cast<std::size_t>(count))) {
+            appearance.chunks.push_back({reinterpret_cast<const char*>(chunk.name), {chunk.data, chunk.data + chunk.size}});
+        }
+        return appearance;
+    }
+
     void Row(std::uint8_t* bytes) {
         Run([&] { png_read_row(png_, bytes, nullptr); });
     }
@@ -49,10 +62,18 @@ class PngSource : PngCalls {
     }
 
  private:
+    /// libpng hands over chunks that it is told not to know.
+    void KeepAppearance() {
+        constexpr png_byte kNames[] = "iCCP\0cICP\0sRGB\0gAMA\0cHRM\0pHYs";
+        constexpr int kNameSize = 5;  // with the zero after it
+        png_set_keep_unknown_chunks(png_, PNG_HANDLE_CHUNK_ALWAYS, kNames, int{sizeof kNames} / kNameSize);
+    }
+
     /// Alpha, red, green, blue in the machine's byte order.
     void AskForWorldPixels() {
         const bool has_alpha =
             (png_get_color_type(png_, info_) & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
+        is_grey_ = (png_get_color_type(png_, info_) & PNG_COLOR_MASK_COLOR) == 0;
         constexpr png_uint_32 kOpaque = 0xFFFF;
         png_set_expand(png_);
         png_set_gray_to_rgb(png_);
@@ -82,6 +103,7 @@ class PngSource : PngCalls {
     png_structp png_;
     png_infop info_ = nullptr;
     int passes_ = 1;
+    bool is_grey_ = false;
     int read_error_ = 0;  // errno of a failed read
 };
 
@@ -106,26 +128,39 @@ void ShrinkRows(GW_World& world) {
     }
 }
 
-std::unique_ptr<GW_World> ReadPicture(std::FILE* file, WorkProgress& progress) {
+/// What follows the end of a picture.
+std::string NoteOnRest(std::FILE* file) {
+    constexpr std::size_t kSignatureSize = 8;
+    png_byte bytes[kSignatureSize] = {};
+    const std::size_t count = std::fread(bytes, 1, kSignatureSize, file);
+    ThrowIfInterrupted();
+    if (count == 0) return {};
+    if (png_sig_cmp(bytes, 0, kSignatureSize) == 0) return "another picture follows the first, which alone is read";
+    return "bytes that follow the end of the picture are left out";
+}
+
+PngContent ReadContent(std::FILE* file, WorkProgress& progress) {
     PngSource png(file);
     png.Begin();
-    std::unique_ptr<GW_World> world = NewWorld(png);
+    PngContent content = {NewWorld(png), png.Appearance(), {}};
+    GW_World& world = *content.world;
     for (int pass = 0; pass < png.Passes(); ++pass) {
-        for (std::int32_t y = 0; y < world->height; ++y) {
-            progress.Report(y, world->height);
-            png.Row(RowOf<std::uint8_t>(*world, y).data());
+        for (std::int32_t y = 0; y < world.height; ++y) {
+            progress.Report(y, world.height);
+            png.Row(RowOf<std::uint8_t>(world, y).data());
         }
     }
     png.End();
-    if (IsDeep(*world)) ShrinkRows(*world);
-    return world;
+    content.note = NoteOnRest(file);
+    if (IsDeep(world)) ShrinkRows(world);
+    return content;
 }
 
 }  // namespace
 
-std::unique_ptr<GW_World> ReadPng(const std::string& path, WorkProgress& progress) {
+PngContent ReadPng(const std::string& path, WorkProgress& progress) {
     try {
-        return ReadPicture(OpenInput(path).get(), progress);
+        return ReadContent(OpenInput(path).get(), progress);
     } catch (const Failure& failure) {
         throw Failure(InputName(path) + ": " + failure.what());
     }

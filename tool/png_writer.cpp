@@ -1,5 +1,6 @@
 #include "tool/png_writer.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <new>
@@ -33,7 +34,7 @@ class PngSink : PngCalls {
     ~PngSink() { png_destroy_write_struct(&png_, &info_); }
 
     /// Rows with an alpha hold it before the colours.
-    void Begin(const PngFormat& format) {
+    void Begin(const PngFormat& format, const PngAppearance& appearance) {
         Run([&] {
             png_set_IHDR(png_, info_, static_cast<png_uint_32>(format.width), static_cast<png_uint_32>(format.height),
                          format.depth, format.color_type, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
@@ -41,6 +42,9 @@ class PngSink : PngCalls {
             // Masks are flat areas and soft ramps: one filter serves both, and trying all five costs most of the time.
             if (format.color_type == PNG_COLOR_TYPE_GRAY) png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
             png_write_info(png_, info_);
+            for (const auto& [name, content] : appearance.chunks) {
+                png_write_chunk(png_, reinterpret_cast<png_const_bytep>(name.data()), content.data(), content.size());
+            }
             png_set_swap_alpha(png_);
         });
     }
@@ -87,34 +91,56 @@ void Stretch(std::span<const GW_Pixel16> samples, std::vector<std::uint8_t>& byt
 
 /// `row8` and `row16` give the samples of a row; the one for the format's depth is asked.
 template <class Row8, class Row16>
-void WriteRows(const PngFormat& format, Row8 row8, Row16 row16, OutputFile& file, WorkProgress& progress) {
+void WriteRows(const PngFormat& format, const PngAppearance& appearance, Row8 row8, Row16 row16, OutputFile& file,
+               WorkProgress& progress) {
     PngSink png(file);
-    png.Begin(format);
+    png.Begin(format, appearance);
     std::vector<std::uint8_t> stretched;
     for (std::int32_t y = 0; y < format.height; ++y) {
         progress.Report(y, format.height);
         if (format.depth == kDeepDepth) Stretch(row16(y), stretched);
-        png.Row(format.depth == kDeepDepth ? stretched.data() : row8(y));
+        png.Row(format.depth == kDeepDepth ? stretched.data() : row8(y).data());
     }
     png.End();
+}
+
+bool HasGreyProfile(const PngAppearance& appearance) {
+    return appearance.is_grey && std::ranges::find(appearance.chunks, "iCCP", &PngChunk::name) != appearance.chunks.end();
+}
+
+/// The first two components of every pixel, alpha and red.
+template <class P>
+std::span<const P> AlphaAndGrey(std::span<const P> row, std::vector<P>& kept) {
+    kept.clear();
+    for (std::size_t i = 0; i < row.size(); i += kComponents) kept.insert(kept.end(), {row[i], row[i + 1]});
+    return kept;
 }
 
 }  // namespace
 
 void WritePng(const GW_UnoBuffer& buffer, OutputFile& file, WorkProgress& progress) {
     const PngFormat format = {buffer.width, buffer.height, buffer.IsDeep() ? kDeepDepth : 8, PNG_COLOR_TYPE_GRAY};
-    const auto row8 = [&](std::int32_t y) { return buffer.Row<GW_Pixel8>(y); };
-    const auto row16 = [&](std::int32_t y) {
-        return std::span(buffer.Row<GW_Pixel16>(y), static_cast<std::size_t>(buffer.width));
-    };
-    WriteRows(format, row8, row16, file, progress);
+    const auto width = static_cast<std::size_t>(buffer.width);
+    const auto row8 = [&](std::int32_t y) { return std::span(buffer.Row<GW_Pixel8>(y), width); };
+    const auto row16 = [&](std::int32_t y) { return std::span(buffer.Row<GW_Pixel16>(y), width); };
+    WriteRows(format, {}, row8, row16, file, progress);
 }
 
-void WritePng(const GW_World& world, OutputFile& file, WorkProgress& progress) {
-    const PngFormat format = {world.width, world.height, IsDeep(world) ? kDeepDepth : 8, PNG_COLOR_TYPE_RGB_ALPHA};
-    const auto row8 = [&](std::int32_t y) { return RowOf<const GW_Pixel8>(world, y).data(); };
-    const auto row16 = [&](std::int32_t y) { return RowOf<const GW_Pixel16>(world, y); };
-    WriteRows(format, row8, row16, file, progress);
+void WritePng(const GW_World& world, OutputFile& file, WorkProgress& progress, const PngAppearance& appearance) {
+    const bool is_grey = HasGreyProfile(appearance);
+    const PngFormat format = {world.width, world.height, IsDeep(world) ? kDeepDepth : 8,
+                              is_grey ? PNG_COLOR_TYPE_GRAY_ALPHA : PNG_COLOR_TYPE_RGB_ALPHA};
+    std::vector<GW_Pixel8> kept8;
+    std::vector<GW_Pixel16> kept16;
+    const auto row8 = [&](std::int32_t y) {
+        const auto row = RowOf<const GW_Pixel8>(world, y);
+        return is_grey ? AlphaAndGrey(row, kept8) : row;
+    };
+    const auto row16 = [&](std::int32_t y) {
+        const auto row = RowOf<const GW_Pixel16>(world, y);
+        return is_grey ? AlphaAndGrey(row, kept16) : row;
+    };
+    WriteRows(format, appearance, row8, row16, file, progress);
 }
 
 }  // namespace vrltool

@@ -3,6 +3,7 @@
 #include "host/image.h"
 #include "host/world.h"
 #include "tool/output_file.h"
+#include "tool/png_appearance.h"
 #include "tool/work_progress.h"
 
 namespace vrltool {
@@ -15,9 +16,10 @@ namespace vrltool {
 /// @throws Interruption
 void WritePng(const GW_UnoBuffer& buffer, OutputFile& file, WorkProgress& progress);
 
-/// Writes a world as an RGBA PNG of its own depth.
+/// Writes a world as an RGBA PNG of its own depth, with the appearance of the picture it was made of. With a colour profile
+/// for grey it is one of grey, which its red is, and alpha.
 /// @throws Failure
 /// @throws Interruption
-void WritePng(const GW_World& world, OutputFile& file, WorkProgress& progress);
+void WritePng(const GW_World& world, OutputFile& file, WorkProgress& progress, const PngAppearance& appearance = {});
 
 }  // namespace vrltool

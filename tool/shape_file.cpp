@@ -8,6 +8,9 @@
 #include "tool/input_stream.h"
 #include "tool/interrupt.h"
 #include "tool/json_shapes.h"
+#include "tool/message.h"
+#include "tool/option_values.h"
+#include "tool/output_file.h"
 #include "tool/standard_stream.h"
 #include "tool/svg_reader.h"
 #include "tool/svg_writer.h"
@@ -17,6 +20,8 @@ namespace {
 
 constexpr const char* kSvgEnding = ".svg";
 constexpr const char* kJsonEnding = ".json";
+
+bool IsFileKind(const std::string& ending) { return ending == kSvgEnding || ending == kJsonEnding || ending == ".png"; }
 
 std::string ReadWhole(const std::string& path) {
     const InputStream file = OpenInput(path);
@@ -29,33 +34,47 @@ std::string ReadWhole(const std::string& path) {
     return text;
 }
 
-std::vector<ShapeRecord> ReadShapes(const std::string& path, const std::string& text) {
+Drawing ReadDrawing(const std::string& path, const std::string& text) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     const std::size_t mark = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     const std::size_t start = text.find_first_not_of(" \t\r\n", mark);
     if (start == std::string::npos) throw Failure("the file is empty");
-    if (text[start] == '<' || path.ends_with(kSvgEnding)) return ReadSvgShapes(text);
-    if (text[start] == '{' || path.ends_with(kJsonEnding)) return ReadJsonShapes(text);
+    if (text[start] == '<' || path.ends_with(kSvgEnding)) return ReadSvgDrawing(text);
+    if (text[start] == '{' || path.ends_with(kJsonEnding)) return {ReadJsonShapes(text), std::nullopt};
     throw Failure("neither an SVG drawing nor a JSON object");
 }
 
 }  // namespace
 
-std::vector<ShapeRecord> LoadShapes(const std::string& path) {
+Drawing LoadDrawing(const std::string& path) {
     try {
-        return ReadShapes(path, ReadWhole(path));
+        return ReadDrawing(path, ReadWhole(path));
     } catch (const Failure& failure) {
         throw Failure(InputName(path) + ": " + failure.what());
     }
 }
 
+std::vector<ShapeRecord> LoadShapes(const std::string& path) { return LoadDrawing(path).shapes; }
+
 void NoteWhenEmpty(const std::vector<ShapeRecord>& records, const std::string& path) {
-    if (records.empty()) std::fprintf(stderr, "vrl: %s: there are no shapes in it\n", InputName(path).c_str());
+    if (records.empty()) PrintMessage(InputName(path) + ": there are no shapes in it");
 }
 
-ShapeWriter ShapeWriterFor(const std::string& path) {
-    if (path == kStandardStream || path.ends_with(kJsonEnding)) return WriteJsonShapes;
-    return path.ends_with(kSvgEnding) ? WriteSvgShapes : nullptr;
+ShapeWriter ShapeWriterFor(const std::string& path, const std::string& format) {
+    const std::string ending = EndingOf(path);
+    if (!format.empty() && IsFileKind(ending) && ending != '.' + format) return nullptr;
+    const std::string kind = !format.empty() ? '.' + format : ending.empty() && IsStream(path) ? kJsonEnding : ending;
+    return kind == kJsonEnding ? WriteJsonShapes : kind == kSvgEnding ? WriteSvgShapes : nullptr;
+}
+
+std::string ExplainNoShapeWriter(const std::string& path, const std::string& format) {
+    if (format.empty()) return '"' + path + "\" does not end in .svg or .json";
+    return '"' + path + "\" ends in " + EndingOf(path) + ", but --format is " + format;
+}
+
+CLI::Option* AddFormatOption(CLI::App& command, std::string& format, const char* description) {
+    return AddValue(command, "--format", "NAME", description, [&](const std::string& text) { format = text; })
+        ->check(CLI::IsMember({"svg", "json"}));
 }
 
 }  // namespace vrltool

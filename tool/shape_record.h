@@ -16,10 +16,16 @@ struct ShapeRecord {
     std::optional<CombineMode> mode;  // how it joins the shapes before it, where the file says so
 };
 
+/// Shapes and the picture they are drawn in.
+struct Drawing {
+    std::vector<ShapeRecord> shapes;
+    std::optional<M_FloatRect> canvas;  // what the drawing shows, where it says so
+};
+
 /// What goes into a file of shapes beside them, each where that kind of file has a place for it.
 struct ShapeFileExtras {
-    M_FloatRect picture = {0, 0, 1, 1};  // what a drawing shows at least: a picture without size would turn it off
-    std::optional<double> total_ms;      // time the shapes took to make
+    std::optional<M_FloatRect> canvas;  // what a drawing shows, whatever the shapes; without it, all of them
+    std::optional<double> total_ms;     // time the shapes took to make
 };
 
 }  // namespace vrltool

@@ -31,7 +31,7 @@ struct Surroundings {
 class SvgReader {
  public:
     explicit SvgReader(std::string_view text);
-    std::vector<ShapeRecord> Read();
+    Drawing Read();
 
  private:
     void Draw(const pugi::xml_node& element, Surroundings around);
@@ -61,6 +61,7 @@ class SvgReader {
     std::vector<pugi::xml_node> active_uses_;                   // what is being drawn through <use>, outermost first
     std::size_t repeated_ = 0;
     std::vector<ShapeRecord> records_;
+    std::optional<M_FloatRect> canvas_;
 };
 
 std::size_t LineAt(std::string_view text, std::ptrdiff_t offset) {
@@ -81,16 +82,25 @@ bool IsVisible(const SvgAttributes& attributes, bool inherited) {
     return inherited && visibility != "hidden" && visibility != "collapse";
 }
 
-/// As large as the drawing says; a missing side follows from the view box. Shares of an unknown window say nothing.
+/// Shares of an unknown window say nothing.
+std::optional<double> AbsoluteSize(const SvgAttributes& attributes, const char* name) {
+    return IsRelativeLength(attributes.Text(name)) ? std::nullopt : attributes.Size(name, 0);
+}
+
+/// As large as the drawing says; a missing side follows from the view box.
 SvgViewport OutermostViewport(const SvgAttributes& attributes, const std::optional<ViewBox>& box) {
-    const auto size = [&](const char* name) {
-        return IsRelativeLength(attributes.Text(name)) ? std::nullopt : attributes.Size(name, 0);
-    };
-    const std::optional<double> width = size("width");
-    const std::optional<double> height = size("height");
+    const std::optional<double> width = AbsoluteSize(attributes, "width");
+    const std::optional<double> height = AbsoluteSize(attributes, "height");
     if (!box) return {width.value_or(kUnknownViewport.width), height.value_or(kUnknownViewport.height)};
     const double scale = width ? *width / box->width : height ? *height / box->height : 1;
     return {width.value_or(box->width * scale), height.value_or(box->height * scale)};
+}
+
+std::optional<M_FloatRect> CanvasOf(const SvgAttributes& attributes, const std::optional<ViewBox>& box) {
+    if (!box && !(AbsoluteSize(attributes, "width") && AbsoluteSize(attributes, "height"))) return std::nullopt;
+    const SvgViewport viewport = OutermostViewport(attributes, box);
+    if (viewport.width <= 0 || viewport.height <= 0) return std::nullopt;
+    return M_FloatRect{0, 0, viewport.width, viewport.height};
 }
 
 SvgViewport InnerViewport(const SvgAttributes& attributes, const Surroundings& around) {
@@ -108,11 +118,11 @@ SvgReader::SvgReader(std::string_view text) : text_(text) {
         throw Failure("not well-formed XML at line " + std::to_string(LineAt(text, result.offset)) + ": " + result.description());
 }
 
-std::vector<ShapeRecord> SvgReader::Read() {
+Drawing SvgReader::Read() {
     const pugi::xml_node root = document_.document_element();
     if (TagOf(root) != "svg") throw Failure("not an SVG drawing: the outermost element is <" + std::string(root.name()) + ">");
     Draw(root, {});
-    return std::move(records_);
+    return {std::move(records_), canvas_};
 }
 
 void SvgReader::Draw(const pugi::xml_node& element, Surroundings around) {
@@ -165,6 +175,7 @@ void SvgReader::DrawViewport(const pugi::xml_node& element, Surroundings around)
         const SvgAttributes attributes(element, around.viewport);
         const std::optional<ViewBox> box = attributes.Box();
         const bool outermost = around.depth == 1;
+        if (outermost) canvas_ = CanvasOf(attributes, box);
         around.viewport = outermost ? OutermostViewport(attributes, box) : InnerViewport(attributes, around);
         const Affine moved = outermost ? Affine{} : Translation(attributes.Horizontal("x"), attributes.Vertical("y"));
         if (!box) return moved;
@@ -235,6 +246,8 @@ std::string SvgReader::Describe(const pugi::xml_node& element) const {
 
 }  // namespace
 
-std::vector<ShapeRecord> ReadSvgShapes(std::string_view text) { return SvgReader(text).Read(); }
+Drawing ReadSvgDrawing(std::string_view text) { return SvgReader(text).Read(); }
+
+std::vector<ShapeRecord> ReadSvgShapes(std::string_view text) { return ReadSvgDrawing(text).shapes; }
 
 }  // namespace vrltool

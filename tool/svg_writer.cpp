@@ -19,13 +19,15 @@ std::vector<Outline> OutlinesOf(const std::vector<ShapeRecord>& records) {
     return outlines;
 }
 
-M_FloatRect PictureBounds(const std::vector<Outline>& outlines, M_FloatRect picture) {
+/// From the origin, or from where the shapes begin before it.
+M_FloatRect CanvasAround(const std::vector<Outline>& outlines) {
+    M_FloatRect canvas = {0, 0, 1, 1};  // one without size would turn the drawing off
     for (const Outline& outline : outlines) {
         const M_FloatRect bounds = TightBounds(outline);
-        picture = {std::min(picture.left, std::floor(bounds.left)), std::min(picture.top, std::floor(bounds.top)),
-                   std::max(picture.right, std::ceil(bounds.right)), std::max(picture.bottom, std::ceil(bounds.bottom))};
+        canvas = {std::min(canvas.left, std::floor(bounds.left)), std::min(canvas.top, std::floor(bounds.top)),
+                  std::max(canvas.right, std::ceil(bounds.right)), std::max(canvas.bottom, std::ceil(bounds.bottom))};
     }
-    return picture;
+    return canvas;
 }
 
 void AppendAttribute(const char* name, std::initializer_list<double> numbers, std::string& text) {
@@ -68,12 +70,12 @@ void AppendSubpath(const Outline& outline, std::string& text) {
 
 std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
     const std::vector<Outline> outlines = OutlinesOf(records);
-    const auto [left, top, right, bottom] = PictureBounds(outlines, extras.picture);
+    const auto [left, top, right, bottom] = extras.canvas ? *extras.canvas : CanvasAround(outlines);
     std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
     AppendAttribute("width", {right - left}, text);
     AppendAttribute("height", {bottom - top}, text);
     AppendAttribute("viewBox", {left, top, right - left, bottom - top}, text);
-    text.append(">\n<path fill-rule=\"evenodd\" d=\"");
+    text.append(" overflow=\"visible\">\n<path fill-rule=\"evenodd\" d=\"");
     const char* separator = "";
     for (const Outline& outline : outlines) {
         text.append(std::exchange(separator, "\n"));

@@ -9,8 +9,9 @@ namespace vrltool {
 
 /// A drawing of one path that holds every shape as a subpath and is filled by the even-odd rule. Every coordinate is the
 /// shortest text that reads back to the same 32-bit float; modes and feather points have no place in it.
-/// The drawing shows `extras.picture` and, beyond it, all of the shapes, in whole pixels. So it reads back in the same
-/// place as long as no coordinate is negative.
+/// The drawing shows the canvas and lets curves that leave it be seen. Without a canvas it shows the rectangle from the origin
+/// that holds all of the shapes, in whole pixels. So it lies over the picture it was made of, and reads back in the same place
+/// as long as neither begins left of the origin or above it.
 std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras = {});
 
 }  // namespace vrltool

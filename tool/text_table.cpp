@@ -9,10 +9,11 @@ std::string TextTable::Text() const {
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
     }
+    if (last_ == LastColumn::kLeft) widths.back() = 0;
     std::string text;
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) {
-            text.append(i == 0 ? 0 : 2, ' ').append(widths[i] - row[i].size(), ' ').append(row[i]);
+            text.append(i == 0 ? 0 : 2, ' ').append(widths[i] - std::min(widths[i], row[i].size()), ' ').append(row[i]);
         }
         text.append("\n");
     }

@@ -19,6 +19,7 @@
 #include "host/status_of.h"
 #include "tool/failure.h"
 #include "tool/library_session.h"
+#include "tool/message.h"
 #include "tool/option_values.h"
 #include "tool/output_file.h"
 #include "tool/overlay.h"
@@ -27,7 +28,7 @@
 #include "tool/png_writer.h"
 #include "tool/shape_file.h"
 #include "tool/standard_stream.h"
-#include "tool/text_table.h"
+#include "tool/trace_report.h"
 #include "tool/work_progress.h"
 #include "tool/world_rows.h"
 
@@ -36,16 +37,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char *kStatsTable = "true", *kStatsJson = "json";  // of the flag: alone, and with a value
+
 struct TraceOptions {
     std::vector<std::string> images;
     std::string output;
-    std::string ending = ".svg";  // of files in a folder
+    std::string format;  // of the files; empty when their names tell it
     VRL_AutoTraceParams params;
     M_Matrix3 transform = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
     bool transforms = false;
     OverlayOptions overlay;
     bool reduces = false;
-    bool prints_stats = false;
+    std::string stats;  // kStatsTable, kStatsJson or empty for none
     std::size_t jobs = std::max(std::thread::hardware_concurrency(), 1U);
 };
 
@@ -61,6 +64,7 @@ constexpr const char* kExamples = R"(Examples:
   vrl trace scan.png --blur 1.5 --threshold 40 --invert --min-area 12 -o scan.svg --stats
   vrl trace page1.png page2.png page3.png --jobs 2 -o traced/
   vrl trace - -o - < logo.png > logo.json
+  vrl trace logo.png -o - --format svg > logo.svg
   vrl trace logo.png -o logo.svg --overlay look.png
 
 A pixel is set when the value of its channel is at least the threshold; --invert turns the picture into its negative first.
@@ -75,15 +79,10 @@ Several pictures go into a folder, each to a file named after it, and their over
 An overlay shows the picture, or its alpha where that is traced, dimmed and magnified, with the fitted outlines in red, smooth
 anchors as blue dots, corners as black squares, and handles in blue.)";
 
-using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
+constexpr const char* kNoShapes =
+    "there is nothing to trace; try a lower --threshold, another --channel, --invert or a smaller --min-area";
 
-/// What became of one picture.
-struct Traced {
-    std::int32_t width = 0, height = 0;
-    std::vector<ShapeRecord> shapes;
-    double milliseconds = 0;  // of the library's call
-    bool reduced = false;
-};
+using Shapes = std::vector<boost::shared_ptr<DY_Shape>>;
 
 std::unique_ptr<GW_World> ReducedTo8Bits(const GW_World& deep) {
     constexpr std::uint32_t kMax = SampleTraits<GW_Pixel8>::kMax, kDeepMax = SampleTraits<GW_Pixel16>::kMax;
@@ -99,11 +98,12 @@ std::unique_ptr<GW_World> ReducedTo8Bits(const GW_World& deep) {
 
 std::unique_ptr<GW_World> ReadPicture(const std::string& image, bool reduces, Traced& traced) {
     WorkProgress unseen(1, WorkProgress::Bar::kNever);
-    std::unique_ptr<GW_World> world = ReadPng(image, unseen);
-    if (IsDeep(*world) && !reduces)
-        throw Failure(InputName(image) + ": has 16 bits a sample, tracing takes 8; --reduce reduces them");
-    traced.reduced = IsDeep(*world);
-    return traced.reduced ? ReducedTo8Bits(*world) : std::move(world);
+    PngContent content = ReadPng(image, unseen);
+    if (!content.note.empty()) traced.notes.push_back(std::move(content.note));
+    if (!IsDeep(*content.world)) return std::move(content.world);
+    if (!reduces) throw Failure(InputName(image) + ": has 16 bits a sample, tracing takes 8; --reduce reduces them");
+    traced.notes.push_back("reduced from 16 to 8 bits");
+    return ReducedTo8Bits(*content.world);
 }
 
 void TraceWorld(const GW_World& world, const VRL_AutoTraceParams& params, const std::string& subject, LibrarySession& library,
@@ -116,6 +116,7 @@ void TraceWorld(const GW_World& world, const VRL_AutoTraceParams& params, const 
     traced.milliseconds = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     library.Check(status, subject);
     for (auto& shape : shapes) traced.shapes.push_back({std::move(shape), std::nullopt});
+    if (traced.shapes.empty()) traced.notes.push_back(kNoShapes);
 }
 
 M_FloatRect PictureOf(const Traced& traced, const TraceOptions& options) {
@@ -154,7 +155,9 @@ std::vector<std::string> OutputPaths(const TraceOptions& options, const std::str
     return paths;
 }
 
-std::vector<std::string> ShapePaths(const TraceOptions& options) { return OutputPaths(options, options.output, options.ending); }
+std::vector<std::string> ShapePaths(const TraceOptions& options) {
+    return OutputPaths(options, options.output, options.format.empty() ? ".svg" : '.' + options.format);
+}
 
 /// None without overlays. Their names never are those of the pictures.
 std::vector<std::string> OverlayPaths(const TraceOptions& options) {
@@ -169,31 +172,16 @@ void RequireDistinct(const std::vector<std::string>& paths) {
     }
 }
 
-std::string ReportOn(const std::vector<std::string>& images, const std::vector<Traced>& results) {
-    TextTable table({"picture", "width", "height", "shapes", "vertices", "open", "closed", "ms"});
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        const Traced& traced = results[i];
-        std::size_t vertices = 0, open = 0;
-        for (const ShapeRecord& record : traced.shapes) {
-            constexpr std::int32_t kItemsPerVertex = 3;
-            vertices += static_cast<std::size_t>((*record.shape->GetPoints())->count / kItemsPerVertex);
-            if (record.shape->IsOpen()) ++open;
-        }
-        char milliseconds[32];
-        std::snprintf(milliseconds, sizeof milliseconds, "%.2f", traced.milliseconds);
-        table.AddRow({InputName(images[i]), std::to_string(traced.width), std::to_string(traced.height),
-                      std::to_string(traced.shapes.size()), std::to_string(vertices), std::to_string(open),
-                      std::to_string(traced.shapes.size() - open), milliseconds});
+/// The JSON holds the notes and failures; without it the notes come a line each.
+void PrintReport(const TraceOptions& options, const std::vector<Traced>& results) {
+    if (options.stats == kStatsJson) {
+        std::fputs(StatsJson(results).c_str(), stderr);
+        return;
     }
-    return table.Text();
-}
-
-void PrintNotes(const TraceOptions& options, const std::vector<Traced>& results) {
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        if (!results[i].reduced) continue;
-        std::fprintf(stderr, "vrl: %s: reduced from 16 to 8 bits\n", InputName(options.images[i]).c_str());
+    for (const Traced& traced : results) {
+        for (const std::string& note : traced.notes) PrintMessage(traced.image + ": " + note);
     }
-    if (options.prints_stats) std::fputs(ReportOn(options.images, results).c_str(), stderr);
+    if (options.stats == kStatsTable) std::fputs(StatsTable(results).c_str(), stderr);
 }
 
 Overlay DrawOverlay(const GW_World& world, const std::vector<ShapeRecord>& shapes, const TraceOptions& options,
@@ -217,12 +205,10 @@ void WriteOverlay(const Overlay& overlay, const std::string& path) {
     output.Commit();
 }
 
-void RunTrace(const TraceOptions& options) {
+/// Each picture's results; one that fails stops no other.
+std::vector<Traced> TracePictures(const TraceOptions& options) {
     constexpr std::int32_t kSteps = 3;  // reading, tracing, writing
     const std::vector<std::string> paths = ShapePaths(options), overlay_paths = OverlayPaths(options);
-    for (const std::string& path : {options.output, options.overlay.path}) {
-        if (IsFolder(path)) MakeFolder(path);
-    }
     VRL_AutoTraceParams params = options.params;
     params.layer_transform = options.transforms ? &options.transform : nullptr;
 
@@ -232,11 +218,11 @@ void RunTrace(const TraceOptions& options) {
         Traced& traced = results[i];
         const std::unique_ptr<GW_World> world = ReadPicture(options.images[i], options.reduces, traced);
         calls.step_done();
-        TraceWorld(*world, params, InputName(options.images[i]), library, traced);
+        TraceWorld(*world, params, traced.image, library, traced);
         calls.step_done();
-        ShapeFileExtras extras = {.picture = PictureOf(traced, options), .total_ms = {}};
-        if (options.prints_stats) extras.total_ms = traced.milliseconds;
-        const std::string text = ShapeWriterFor(paths[i])(traced.shapes, extras);
+        ShapeFileExtras extras = {.canvas = PictureOf(traced, options), .total_ms = {}};
+        if (!options.stats.empty()) extras.total_ms = traced.milliseconds;
+        const std::string text = ShapeWriterFor(paths[i], options.format)(traced.shapes, extras);
         std::optional<Overlay> overlay;
         if (!overlay_paths.empty()) overlay = DrawOverlay(*world, traced.shapes, options, overlay_paths[i], library);
         calls.commit([&] {
@@ -245,29 +231,44 @@ void RunTrace(const TraceOptions& options) {
         });
         calls.step_done();
     };
-    try {
-        RunJobs(results.size(), options.jobs, kSteps, trace);
-    } catch (const FailedFiles&) {
-        PrintNotes(options, results);
-        throw;
+    for (std::size_t i = 0; i < results.size(); ++i) results[i].image = InputName(options.images[i]);
+    const std::vector<std::optional<std::string>> complaints = RunJobs(results.size(), options.jobs, kSteps, trace);
+    for (std::size_t i = 0; i < results.size(); ++i) results[i].failure = complaints[i];
+    return results;
+}
+
+void RunTrace(const TraceOptions& options) {
+    for (const std::string& path : {options.output, options.overlay.path}) {
+        if (IsFolder(path)) MakeFolder(path);
     }
-    PrintNotes(options, results);
+    const std::vector<Traced> results = TracePictures(options);
+    PrintReport(options, results);
+    FailedFiles failed;
+    for (const Traced& traced : results) {
+        if (traced.failure) failed.complaints.push_back(*traced.failure);
+    }
+    if (failed.complaints.empty()) return;
+    if (options.stats == kStatsJson) failed.complaints.clear();  // it has told them
+    throw failed;
 }
 
 void AddFileArguments(CLI::App& command, TraceOptions& options) {
     command.add_option("IMAGE", options.images, "PNG files, - for standard input")->required()->type_name("");
-    command.add_option("-o,--output", options.output, "SVG or JSON file to write, - for standard output, or a folder (FOLDER/)")
-        ->required()
-        ->type_name("FILE");
-    AddValue(command, "--format", "NAME", "kind of the files in a folder, svg or json",
-             [&](const std::string& text) { options.ending = "." + text; })
-        ->check(CLI::IsMember({"svg", "json"}))
-        ->default_str("svg");
+    AddValue(command, "-o,--output", "FILE", "SVG or JSON file to write, - for standard output, or a folder (FOLDER/)",
+             [&](const std::string& text) { options.output = ParseOutputName(text); })
+        ->required();
+    AddFormatOption(command, options.format, "kind of the files, svg or json, where their names do not tell it")
+        ->default_str("svg in a folder, else json");
     AddValue(command, "--jobs", "N", "pictures traced at the same time", [&](const std::string& text) {
-        options.jobs = static_cast<std::size_t>(ParseNumber(text, 1, 256));
+        options.jobs = static_cast<std::size_t>(ParseWhole(text, 1, 256));
     })->default_str("one a processor core");
     command.add_flag("--reduce", options.reduces, "take pictures of 16 bits, reduced to 8");
-    command.add_flag("--stats", options.prints_stats, "print sizes, counts and times; JSON files get the time as \"total_ms\"");
+    command
+        .add_flag("--stats", options.stats,
+                  "print sizes, counts and times, --stats=json as JSON; JSON files get the time as \"total_ms\"")
+        ->check([](const std::string& text) {
+            return text == kStatsTable || text == kStatsJson ? std::string() : '"' + text + "\" is not json";
+        });
 }
 
 void AddTracingArguments(CLI::App& command, TraceOptions& options) {
@@ -315,8 +316,9 @@ void CheckOutput(const TraceOptions& options) {
     RequireDistinct(paths);
     if (IsFolder(options.output)) return;
     if (options.images.size() > 1) throw CLI::ValidationError("several pictures need a folder to be written to, -o FOLDER/");
-    if (ShapeWriterFor(options.output) == nullptr) {
-        throw CLI::ValidationError("--output", '"' + options.output + "\" does not end in .svg or .json, nor in / for a folder");
+    if (ShapeWriterFor(options.output, options.format) == nullptr) {
+        const std::string or_folder = options.format.empty() ? ", nor in / for a folder" : "";
+        throw CLI::ValidationError("-o", ExplainNoShapeWriter(options.output, options.format) + or_folder);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vrltool {
@@ -30,6 +31,15 @@ void SetPalette(png_structp png, png_infop info, const PngPicture& picture) {
     if (!colors.empty()) png_set_PLTE(png, info, colors.data(), static_cast<int>(colors.size()));
 }
 
+void SetChunks(png_structp png, png_infop info, const PngPicture& picture) {
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_ALWAYS, nullptr, 0);
+    for (const auto& [name, content] : picture.chunks) {
+        png_unknown_chunk chunk = {{}, const_cast<png_bytep>(content.data()), content.size(), PNG_HAVE_IHDR};
+        std::copy_n(name.data(), 4, chunk.name);
+        png_set_unknown_chunks(png, info, &chunk, 1);
+    }
+}
+
 /// A byte a sample, two for 16 bits, high byte first.
 std::vector<png_byte> BytesOf(const PngPicture& picture) {
     std::vector<png_byte> bytes;
@@ -45,7 +55,7 @@ std::vector<png_byte> BytesOf(const PngPicture& picture) {
 PngPicture ReadPngFile(const std::string& path) {
     PngPicture picture;
     std::FILE* file = std::fopen(path.c_str(), "rb");
-    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, [](png_structp, png_const_charp) {});
     png_infop info = png_create_info_struct(png);
     if (file == nullptr || setjmp(png_jmpbuf(png)) != 0) {
         ADD_FAILURE() << "no PNG: " << path;
@@ -87,6 +97,7 @@ void WritePngFile(const std::string& path, const PngPicture& picture) {
                      PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         SetPalette(png, info, picture);
         SetClear(png, info, picture);
+        SetChunks(png, info, picture);
         png_set_rows(png, info, rows.data());
         png_write_png(png, info, PNG_TRANSFORM_PACKING, nullptr);
     }

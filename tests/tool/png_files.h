@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tool/png_appearance.h"
+
 namespace vrltool {
 
 /// A PNG file as it stands, nothing converted.
@@ -15,6 +17,7 @@ struct PngPicture {
     bool interlaced = false;             // for writing
     std::vector<std::uint8_t> palette;   // for writing: red, green, blue of every entry
     std::vector<std::uint16_t> clear;    // for writing: alpha of the first palette entries, or the one clear colour
+    std::vector<PngChunk> chunks = {};   // for writing: before all others but the first
 };
 
 /// A test failure and an empty picture when there is no PNG at `path`.

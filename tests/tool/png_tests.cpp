@@ -21,7 +21,7 @@ class Png : public testing::Test {
  protected:
     ~Png() override { std::filesystem::remove(path_); }
 
-    std::unique_ptr<GW_World> Read() { return ReadPng(path_, progress_); }
+    std::unique_ptr<GW_World> Read() { return ReadPng(path_, progress_).world; }
     void Write(const GW_World& world) {
         OutputFile file(path_);
         WritePng(world, file, progress_);
@@ -122,6 +122,12 @@ TEST_F(Png, DamageIsToldWithTheFilesName) {
     for (std::size_t offset = 0; offset + 8 < whole.size(); ++offset) {  // but for the last chunk, which is empty
         EXPECT_THAT(complaint(damaged(offset, static_cast<char>(whole[offset] ^ 0x10))), StartsWith(path_ + ": ")) << offset;
     }
+    std::ofstream(path_, std::ios::binary) << whole;
+    EXPECT_EQ(ReadPng(path_, progress_).note, "");
+    std::ofstream(path_, std::ios::binary) << whole << '\0';
+    EXPECT_EQ(ReadPng(path_, progress_).note, "bytes that follow the end of the picture are left out");
+    std::ofstream(path_, std::ios::binary) << whole << whole;
+    EXPECT_EQ(ReadPng(path_, progress_).note, "another picture follows the first, which alone is read");
     EXPECT_THAT(complaint("GIF89a and more"), HasSubstr("Not a PNG file"));
     WritePngFile(path_, {32768, 1, 8, 0, Samples(32768), false, {}, {}});
     EXPECT_EQ(FailureOf([&] { Read(); }), path_ + ": the picture is larger than 32767 pixels each way");

@@ -131,6 +131,33 @@ TEST_F(Program, FeatherPointsSoftenTheEdge) {
     EXPECT_TRUE(Content(folder_ / "after.png") == Content(folder_ / "soft.png"));
 }
 
+TEST_F(Program, ApplyKeepsColourProfileAndResolution) {
+    std::vector<PngChunk> chunks;
+    for (const char* name : {"iCCP", "sRGB", "gAMA", "cHRM", "cICP", "pHYs"}) {
+        chunks.push_back({name, {1, 2, 0, static_cast<std::uint8_t>(chunks.size())}});
+    }
+    const auto head = [&](const std::string& name) {  // what follows the first chunk up to the pixels
+        const std::string content = Content(folder_ / name);
+        return content.substr(33, content.find("IDAT") - 33 - 4);
+    };
+    const auto cut = [&](PngPicture layer) {
+        WritePngFile((folder_ / "l.png").string(), layer);
+        EXPECT_EQ(Run("apply l.png square.svg --transform 1,0,0,1,-1,-1 -o m.png").err, "");
+        EXPECT_EQ(head("m.png"), head("l.png"));
+        EXPECT_EQ(head("m.png").size(), 16 * layer.chunks.size());
+        return ReadPngFile((folder_ / "m.png").string());
+    };
+    EXPECT_EQ(cut({3, 1, 8, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9}, false, {}, {}, chunks}).color_type, 6);
+    // Only a picture of grey may have a profile for grey.
+    using Samples = std::vector<std::uint32_t>;
+    const PngPicture grey = cut({3, 1, 8, 0, {7, 8, 9}, false, {}, {}, chunks});
+    EXPECT_EQ(grey.color_type, 4);
+    EXPECT_EQ(grey.samples, (Samples{7, 255, 8, 255, 9, 0}));
+    EXPECT_EQ(cut({3, 1, 16, 0, {7, 65535, 9}, false, {}, {}, chunks}).samples, (Samples{8, 65535, 65535, 65535, 10, 0}));
+    chunks.erase(chunks.begin());
+    EXPECT_EQ(cut({3, 1, 8, 0, {7, 8, 9}, false, {}, {}, chunks}).color_type, 6);
+}
+
 // An opaque layer's alpha is the mask itself; moved points are rounded, and rings spaced, a little differently.
 TEST_F(Program, ApplyRendersTheMaskThatMaskDoes) {
     Write("blob.json",
@@ -171,7 +198,29 @@ TEST_F(Program, InsetMovesEveryShape) {
     EXPECT_EQ(pieces[0].shape->GetFeatherPtCount(0), 0);
     EXPECT_EQ(pieces[1].mode, CombineMode::kSubtract);
     EXPECT_EQ(pieces[2].mode, CombineMode::kSubtract);
-    EXPECT_TRUE(inset("--distance 6").empty());
+    EXPECT_EQ(ReadJsonShapes(Run("inset shapes.json -o - --distance 6").out).size(), 0U);
+
+    Write("canvas.svg", "<svg width='10' viewBox='0 0 5 20'><rect x='1' y='1' width='2' height='2'/></svg>");
+    EXPECT_THAT(Run("inset canvas.svg --distance -9 -o - --format svg").out,
+                HasSubstr("width=\"10\" height=\"40\" viewBox=\"0 0 10 40\" overflow=\"visible\">"));
+}
+
+TEST_F(Program, EmptyResultsAreTold) {
+    WritePngFile((folder_ / "l.png").string(), {3, 1, 8, 0, {1, 2, 3}, false, {}, {}});
+    const std::string empty = "vrl: square.svg: the mask is empty; vrl info tells where its shapes are, --transform moves them\n";
+    const auto told = [&](const std::string& arguments) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, 0) << arguments;
+        return outcome.err;
+    };
+    EXPECT_EQ(told("mask square.svg --size 1x1 -o m.png"), empty);
+    EXPECT_EQ(told("mask square.svg --size 4x3 --depth 16 --expand -1 -o m.png"), empty);
+    EXPECT_EQ(told("mask square.svg --size 1x1 --invert -o m.png"), "");
+    EXPECT_EQ(told("apply l.png square.svg -o m.png"), empty);
+    EXPECT_EQ(told("inset square.svg --distance 1 -o m.svg"),
+              "vrl: square.svg: nothing is left of it; try a smaller --distance\n");
+    EXPECT_THAT(told("trace l.png -o m.svg"), MatchesRegex("vrl: l\\.png: there is nothing to trace; try [^\n]*\n"));
+    EXPECT_EQ(told("trace l.png -o m.svg --threshold 0"), "");
 }
 
 TEST_F(Program, InfoCountsFeatherPointsWhereThereAreSome) {
@@ -246,6 +295,10 @@ TEST_F(Program, WrongUsageIsStatus2) {
                                          std::string("trace l.png -o m.svg --tolerance -1"),
                                          std::string("trace l.png -o m.svg --corner-angle nan"),
                                          std::string("trace l.png -o out/ --format pdf"),
+                                         std::string("inset square.svg --distance 1 -o m.svg --format json"),
+                                         std::string("trace l.png -o l.png --format svg"),
+                                         std::string("trace l.png -o m.svg --stats=xml"),
+                                         std::string("trace l.png -o m.svg --jobs 1.5"),
                                          std::string("trace l.png -o m.svg --jobs 0")}) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 2) << arguments;
@@ -262,6 +315,11 @@ TEST_F(Program, WrongUsageIsStatus2) {
     EXPECT_THAT(complaint(mask + "--feather"), HasSubstr("--feather needs a value (see vrl mask --help)"));
     EXPECT_THAT(complaint(mask + "--depth 8 --depth 8"), HasSubstr("--depth is given more than once"));
     EXPECT_THAT(complaint(mask + "--quality good"), HasSubstr("--quality: \"good\" is not draft or best"));
+    EXPECT_THAT(complaint("mask square.svg --size 4x3 -o ''"), HasSubstr("-o: the name of the file is empty"));
+    EXPECT_THAT(complaint(mask + "--overlay ''"), HasSubstr("--overlay: the name of the file is empty"));
+    EXPECT_THAT(complaint("trace l.png -o m.png"),
+                HasSubstr("-o: \"m.png\" does not end in .svg or .json, nor in / for a folder"));
+    EXPECT_THAT(complaint("trace l.png -o m.svg --format json"), HasSubstr("-o: \"m.svg\" ends in .svg, but --format is json"));
     EXPECT_THAT(Run(mask + "--expand inf").err, HasSubstr("--expand: \"inf\" is not a number from -32767 to 32767"));
     EXPECT_EQ(Files().size(), 1U);
 }
@@ -317,6 +375,38 @@ TEST_F(Program, OutputReplacesTheFileItself) {
     EXPECT_TRUE(fs::is_symlink(folder_ / "link.png"));
     EXPECT_EQ(fs::status(folder_ / "real.png").permissions(), fs::perms::owner_read | fs::perms::owner_write);
     EXPECT_EQ(Samples("real.png").size(), 12U);
+
+    const auto refused = [&](const std::string& name, const std::string& complaint) {
+        const Outcome outcome = Run("mask square.svg --size 1x1 -o " + name);
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, "vrl: " + name + ": " + complaint + "\n");
+    };
+    fs::permissions(folder_ / "real.png", fs::perms::owner_read);
+    refused("real.png", "is read-only");
+    refused("link.png", "is read-only");
+    EXPECT_EQ(Samples("real.png").size(), 12U);
+    fs::create_symlink("none.png", folder_ / "dangling.png");
+    refused("dangling.png", "is a link to a file that is not there");
+    EXPECT_TRUE(fs::is_symlink(folder_ / "dangling.png"));
+    EXPECT_EQ(Files().size(), 4U);
+}
+
+TEST_F(Program, StreamsAreWrittenInPlace) {
+    const std::string inset = "inset square.svg --distance -1 -o ", shapes = Run(inset + "-").out;
+    const std::string drawing = Run(inset + "- --format svg").out;
+    EXPECT_THAT(shapes, StartsWith("{\"shapes\""));
+    EXPECT_THAT(drawing, StartsWith("<svg"));
+    const std::string pipe = folder_ / "pipe";
+    mkfifo(pipe.c_str(), 0600);
+    EXPECT_EQ(Run(inset + "pipe & timeout 10 cat " + pipe + "; wait").out, shapes);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    EXPECT_EQ(Run(inset + "/dev/stdout --format svg").out, drawing);
+    EXPECT_EQ(Run(inset + "/dev/null").err, "");
+    Write("log", "before\n");  // open files keep what they have
+    Run(inset + "/dev/stdout >> log");
+    Run(inset + "/dev/fd/3 3>> log");
+    EXPECT_EQ(Content(folder_ / "log"), "before\n" + shapes + shapes);
+    EXPECT_EQ(Run("mask square.svg --size 4x3 --touched -o /dev/stdout").status, 2);
 }
 
 // The work would take minutes; the signal comes once the output file is begun.

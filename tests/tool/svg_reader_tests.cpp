@@ -155,5 +155,19 @@ TEST(SvgReader, HostileFilesFailInsteadOfExhaustingMemory) {
                 testing::HasSubstr("multiply beyond"));
 }
 
+TEST(SvgReader, TheCanvasIsThereWhenTheDrawingHasASize) {
+    const auto canvas = [](const std::string& attributes) {
+        const std::optional<M_FloatRect> rect =
+            ReadSvgDrawing("<svg " + attributes + "><svg width='3' height='4'/></svg>").canvas;
+        return rect ? std::pair(rect->right, rect->bottom) : std::pair(0.0, 0.0);
+    };
+    EXPECT_EQ(canvas("width='30' height='1in'"), std::pair(30.0, 96.0));
+    EXPECT_EQ(canvas("width='30' viewBox='5 5 10 20'"), std::pair(30.0, 60.0));
+    EXPECT_EQ(canvas("width='100%' height='100%' viewBox='0 0 10 20'"), std::pair(10.0, 20.0));
+    for (const char* unknown : {"", "width='30'", "width='30' height='50%'", "width='0' height='4'"}) {
+        EXPECT_EQ(canvas(unknown), std::pair(0.0, 0.0)) << unknown;
+    }
+}
+
 }  // namespace
 }  // namespace vrltool

@@ -15,16 +15,19 @@ std::vector<ShapeRecord> RecordsOf(const std::string& path_data) {
     return records;
 }
 
-TEST(SvgWriter, ThePictureHoldsTheCurvesAndTheLayersCorner) {
+TEST(SvgWriter, TheDrawingShowsTheCanvasOrAllCurves) {
     const auto head = [](const std::string& lead) { return "<svg xmlns=\"http://www.w3.org/2000/svg\" " + lead; };
     EXPECT_EQ(
         WriteSvgShapes(RecordsOf("M1.5 2.25 L4.1 2 C5 2.5 5 3 4.1 3.5 Z M2 2 C2 1 3 1 3 2 L2 2 Z M.5 .5 L1e-5 0.333333343")),
-        head("width=\"5\" height=\"4\" viewBox=\"0 0 5 4\">\n<path fill-rule=\"evenodd\" d=\""
+        head("width=\"5\" height=\"4\" viewBox=\"0 0 5 4\" overflow=\"visible\">\n<path fill-rule=\"evenodd\" d=\""
              "M1.5,2.25 L4.1,2 C5,2.5 5,3 4.1,3.5 Z\nM2,2 C2,1 3,1 3,2 Z\nM0.5,0.5 L1e-05,0.33333334\"/>\n</svg>\n"));
     EXPECT_THAT(WriteSvgShapes(RecordsOf("M-1.5 2 L4 2 L4 9.5 C4 9.5 0 9 -1.5 2 Z")),
-                testing::AllOf(testing::StartsWith(head("width=\"6\" height=\"10\" viewBox=\"-2 0 6 10\">")),
+                testing::AllOf(testing::StartsWith(head("width=\"6\" height=\"10\" viewBox=\"-2 0 6 10\" overflow=\"visible\">")),
                                testing::HasSubstr("L4,9.5 C4,9.5 0,9 -1.5,2 Z\"")));
     EXPECT_TRUE(ReadSvgShapes(WriteSvgShapes({})).empty());
+    // What leaves a canvas does not move it.
+    EXPECT_THAT(WriteSvgShapes(RecordsOf("M-1.5 2 L4 2 L4 9.5 Z"), {.canvas = M_FloatRect{0, 0, 3.5, 8}, .total_ms = {}}),
+                testing::StartsWith(head("width=\"3.5\" height=\"8\" viewBox=\"0 0 3.5 8\" overflow=\"visible\">")));
 }
 
 TEST(SvgWriter, WrittenShapesReadBackBitForBit) {

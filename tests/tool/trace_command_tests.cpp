@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <nlohmann/json.hpp>
 #include <random>
 #include <thread>
 
@@ -54,6 +56,10 @@ TEST_F(TraceProgram, EveryKindOfPictureGivesItsOutlines) {
     EXPECT_EQ(Run("trace grey.png -o - --min-area 60 | grep -c closed").out, "1\n");
     EXPECT_EQ(Run("trace rgba.png -o - --channel alpha --threshold 0 | grep -c closed").out, "1\n");
 
+    std::ofstream(Path("two.png")) << Content(folder_ / "grey.png") << Content(folder_ / "bits.png");
+    const Outcome two = Run("trace two.png -o -");
+    EXPECT_EQ(two.err, "vrl: two.png: another picture follows the first, which alone is read\n");
+    EXPECT_EQ(two.out, Content(folder_ / "grey.json"));
     ASSERT_EQ(Run("trace grey.png -o ring.svg --tolerance 0.5").status, 0);
     EXPECT_THAT(Content(folder_ / "ring.svg"), HasSubstr("viewBox=\"0 0 24 24\""));
 }
@@ -82,11 +88,27 @@ TEST_F(TraceProgram, SeveralPicturesGoIntoAFolderAndOneFailureStopsNoOther) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("vrl: deep.png: has 16 bits a sample, tracing takes 8; --reduce reduces them\nvrl: "
                                        "none.png: No such file or directory\n"));
-    EXPECT_THAT(outcome.err, HasSubstr(" a.png     24      24       2 "));
+    EXPECT_THAT(outcome.err, HasSubstr("\n   24      24       2 "));
+    EXPECT_THAT(outcome.err, HasSubstr("-  failed  deep.png\n"));
     EXPECT_THAT(Content(folder_ / "out/c.json"), StartsWith("{\"total_ms\": "));
     EXPECT_EQ(ReadJsonShapes(Content(folder_ / "out/c.json")).size(), 2U);
     EXPECT_FALSE(fs::exists(Path("out/deep.json")));
     EXPECT_EQ(std::distance(fs::directory_iterator(Path("out")), {}), 5);  // nothing half-written
+}
+
+TEST_F(TraceProgram, StatsAsJsonHaveAnObjectAPicture) {
+    WriteRing("two rings.png", 8, 0, 1);
+    WriteRing("deep.png", 16, 0, 1);
+    const Outcome outcome = Run("trace 'two rings.png' none.png deep.png --reduce -o out/ --stats=json");
+    EXPECT_EQ(outcome.status, 1);
+    const auto stats = nlohmann::json::parse(outcome.err).at("pictures");
+    EXPECT_EQ(stats.size(), 3U);
+    EXPECT_EQ(stats.at(0).at("picture"), "two rings.png");
+    EXPECT_EQ(stats.at(0).at("width"), kSide);
+    EXPECT_EQ(stats.at(0).at("closed"), 2);
+    EXPECT_GT(stats.at(0).at("ms"), 0.0);
+    EXPECT_EQ(stats.at(1).at("error"), "none.png: No such file or directory");
+    EXPECT_EQ(stats.at(2).at("notes").at(0), "reduced from 16 to 8 bits");
 }
 
 // The call cannot be stopped; the program ends without it.
