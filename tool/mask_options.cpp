@@ -43,7 +43,8 @@ void RequireOneWriter(const MaskOptions& options, const std::string& output) {
 }
 
 void NoteEmptyMask(const std::string& shapes) {
-    PrintMessage(InputName(shapes) + ": the mask is empty; vrl info tells where its shapes are, --transform moves them");
+    PrintMessage(InputName(shapes) +
+                 ": the mask is empty; try another --transform, --expand or --opacity (vrl info tells where its shapes are)");
 }
 
 void PrintTouched(const std::vector<M_LRect>& rects) {

@@ -207,7 +207,9 @@ TEST_F(Program, InsetMovesEveryShape) {
 
 TEST_F(Program, EmptyResultsAreTold) {
     WritePngFile((folder_ / "l.png").string(), {3, 1, 8, 0, {1, 2, 3}, false, {}, {}});
-    const std::string empty = "vrl: square.svg: the mask is empty; vrl info tells where its shapes are, --transform moves them\n";
+    const std::string empty =
+        "vrl: square.svg: the mask is empty; try another --transform, --expand or --opacity (vrl info tells where its shapes "
+        "are)\n";
     const auto told = [&](const std::string& arguments) {
         const Outcome outcome = Run(arguments);
         EXPECT_EQ(outcome.status, 0) << arguments;
