@@ -86,7 +86,7 @@ bool MultiplyAlpha(const std::vector<P>& factors, GW_World& world) {
     for (std::int32_t y = 0; y < world.height; ++y) {
         const std::span<P> row = RowOf<P>(world, y);
         for (std::size_t i = 0; i < row.size(); i += kComponents) {
-            any = any || row[i] != 0;
+            any |= row[i] != 0;
             row[i] = static_cast<P>((std::uint32_t{row[i]} * *factor++ + kMax / 2) / kMax);
         }
     }

@@ -37,7 +37,7 @@ void CombineInside(CombineMode mode, const GW_UnoBuffer& mask, const M_LRect& re
     }
 }
 
-/// A mask of 0 leaves only these two modes nothing; the others it does not change.
+/// Where the mask is 0, these two leave nothing of the total and the others all of it.
 bool ClearsWhereMaskIsNone(CombineMode mode) { return mode == CombineMode::kIntersect || mode == CombineMode::kDarken; }
 
 template <class P>

@@ -9,7 +9,7 @@ std::string TextTable::Text() const {
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
     }
-    if (last_ == LastColumn::kLeft) widths.back() = 0;
+    if (last_ == LastColumn::kLeft) widths.back() = 0;  // nothing before a cell, and nothing behind it
     std::string text;
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < row.size(); ++i) {
