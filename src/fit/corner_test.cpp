@@ -15,6 +15,10 @@ namespace {
 constexpr float kPi = 3.1415927F;
 constexpr float kStraightOn = -1.0F;  // the cosine between the ways back and forward on a straight run
 constexpr float kNoLength = 1e-6F;    // pixels
+constexpr float kSameCosine = 1e-6F;  // rounding leaves symmetric corners about 1e-7 apart
+
+/// The comparison of all cosines: whether one exceeds another that is not the same.
+bool Exceeds(float cosine, float other) { return cosine - other > kSameCosine; }
 
 /// The sum of the unit vectors to `point` from the points of the window at `first`, `first` + `step`, ..., `count` of them. An
 /// open window ends the sum at its ends; a closed one goes on round its chain.
@@ -56,22 +60,22 @@ CFCornerTest::CFCornerTest(float angle, std::int32_t half_width)
     if (half_width < 1) throw kBrokenInvariant;
 }
 
+void CFCornerTest::AddIfCorner(std::int32_t i, std::optional<float> cosine, CFAnchorSet& anchors) const {
+    if (cosine && Exceeds(*cosine, threshold_)) anchors.Append({kAnchorCorner, i, *cosine});
+}
+
 void CFLinTest::TestCandidates(const CFWindow& window, std::span<const std::int32_t> candidates, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
     for (const std::int32_t i : candidates) {
         if (i < 0 || i >= window.Count()) throw kBrokenInvariant;
-        const float cosine = LinearCosine(window, i, HalfWidth());
-        if (cosine > Threshold()) anchors.Append({kAnchorCorner, i, cosine});
+        AddIfCorner(i, LinearCosine(window, i, HalfWidth()), anchors);
     }
     Finish(window, anchors);
 }
 
 void CFLinTest::TestAll(const CFWindow& window, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
-    ForEachInnerPoint(window, [&](std::int32_t i) {
-        const float cosine = LinearCosine(window, i, HalfWidth());
-        if (cosine > Threshold()) anchors.Append({kAnchorCorner, i, cosine});
-    });
+    ForEachInnerPoint(window, [&](std::int32_t i) { AddIfCorner(i, LinearCosine(window, i, HalfWidth()), anchors); });
     Finish(window, anchors);
 }
 
@@ -81,8 +85,7 @@ void CFQuadTest::TestCandidates(const CFWindow& window, std::span<const std::int
         for (const std::int32_t i : candidates) {
             // The windows tested cover whole chains from point 0, so that the number in the window is that in the chain.
             if (window.LocalIndex(i) != i) throw kBrokenInvariant;
-            const std::optional<float> cosine = QuadraticCosine(window, i, HalfWidth());
-            if (cosine && *cosine > Threshold()) anchors.Append({kAnchorCorner, i, *cosine});
+            AddIfCorner(i, QuadraticCosine(window, i, HalfWidth()), anchors);
         }
     }
     Finish(window, anchors);
@@ -90,10 +93,7 @@ void CFQuadTest::TestCandidates(const CFWindow& window, std::span<const std::int
 
 void CFQuadTest::TestAll(const CFWindow& window, CFAnchorSet& anchors) const {
     RequireAnchors(anchors);
-    ForEachInnerPoint(window, [&](std::int32_t i) {
-        const std::optional<float> cosine = QuadraticCosine(window, i, HalfWidth());
-        if (cosine && *cosine > Threshold()) anchors.Append({kAnchorCorner, i, *cosine});
-    });
+    ForEachInnerPoint(window, [&](std::int32_t i) { AddIfCorner(i, QuadraticCosine(window, i, HalfWidth()), anchors); });
     Finish(window, anchors);
 }
 
@@ -135,10 +135,10 @@ float LinearCosine(const CFWindow& window, std::int32_t i, std::int32_t half_wid
     return lengths <= kNoLength ? kStraightOn : Dot(back, forward) / lengths;
 }
 
-/// The direction of `vector`; no value when it has none.
+/// The direction of `vector`; no value when neither component is worth one.
 std::optional<CFPoint> DirectionOf(CFPoint vector) {
+    if (!(std::abs(vector.x) > kNoLength || std::abs(vector.y) > kNoLength)) return std::nullopt;
     const float length = LengthOf(vector);
-    if (!(length > kNoLength)) return std::nullopt;
     return CFPoint{vector.x / length, vector.y / length};
 }
 
@@ -162,7 +162,8 @@ void SuppressNeighbours(const CFWindow& window, CFAnchorSet& anchors) {
         const auto second = std::next(run);
         for (++run; run != corners.end() && (*run)->index == last + 1; ++run) {
             // Of the first two the second is preferred, later on the one that came before.
-            const bool stronger = run == second ? !(strongest->value > (*run)->value) : (*run)->value > strongest->value;
+            const bool stronger =
+                run == second ? !Exceeds(strongest->value, (*run)->value) : Exceeds((*run)->value, strongest->value);
             if (stronger) strongest = *run;
             last = (*run)->index;
         }

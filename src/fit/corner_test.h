@@ -22,12 +22,12 @@ class CFCornerTest {
     virtual void TestAll(const CFWindow& window, CFAnchorSet& anchors) const = 0;
 
  protected:
-    /// The cosine above which a point is a corner.
-    float Threshold() const { return threshold_; }
+    /// Adds point `i` to the anchors when the turn there, if there is one to compare, is a corner.
+    void AddIfCorner(std::int32_t i, std::optional<float> cosine, CFAnchorSet& anchors) const;
     std::int32_t HalfWidth() const { return half_width_; }
 
  private:
-    float threshold_;
+    float threshold_;  // the cosine above which a point is a corner
     std::int32_t half_width_;
 };
 

@@ -103,7 +103,7 @@ TEST(LinTest, LooksAsFarAsBothEndsOfAnOpenChain) {
 TEST(LinTest, StraightRunsHaveNoCorner) {
     const CFSegment line = ChainOf(40, kChainOpen, [](float i) { return CFPoint{3 * i, 4 * i}; });
     const CFSegment same(10, kSpacingUnitSteps, kChainOpen);
-    for (const float angle : {1.0F, 40.0F}) {
+    for (const float angle : {0.0F, 1.0F, 40.0F}) {
         EXPECT_EQ(Fixture(line).All(CFLinTest(angle, kHalfWidth)), (Anchors{{1, 0}, {1, 39}}));
         EXPECT_EQ(Fixture(same).All(CFLinTest(angle, kHalfWidth)), (Anchors{{1, 0}, {1, 9}}));
         EXPECT_EQ(Fixture(line).All(CFQuadTest(angle, kHalfWidth)), (Anchors{{1, 0}, {1, 39}}));
@@ -113,6 +113,7 @@ TEST(LinTest, StraightRunsHaveNoCorner) {
 TEST(LinTest, ARightAngleIsACornerBelowNinetyDegrees) {
     const CFSegment turn = ChainOf(41, kChainOpen, RightAngle);
     EXPECT_EQ(Fixture(turn).All(CFLinTest(80.0F, kHalfWidth)), (Anchors{{1, 0}, {1, 20}, {1, 40}}));
+    EXPECT_EQ(Fixture(turn).All(CFLinTest(90.0F, kHalfWidth)), (Anchors{{1, 0}, {1, 40}}));
     EXPECT_EQ(Fixture(turn).All(CFLinTest(100.0F, kHalfWidth)), (Anchors{{1, 0}, {1, 40}}));
     EXPECT_EQ(Fixture(turn).Candidates(CFLinTest(40.0F, kHalfWidth), {10, 20}), (Anchors{{1, 0}, {1, 20}, {1, 40}}));
     EXPECT_EQ(Fixture(turn).Candidates(CFLinTest(40.0F, kHalfWidth), {10, 30}), (Anchors{{1, 0}, {1, 40}}));
@@ -147,6 +148,17 @@ TEST(QuadTest, ComparesTheTangentsOnBothSides) {
     EXPECT_EQ(fixture.Candidates(CFQuadTest(61.0F, kHalfWidth), {16}), (Anchors{{1, 0}, {1, 32}}));
 }
 
+TEST(QuadTest, ATangentBothOfWhoseComponentsAreNextToNothingHasNoDirection) {
+    for (const float step : {5e-8F, 7e-8F}) {  // tangents of (8e-7, 8e-7), which are 1.1e-6 long, and of (1.1e-6, 1.1e-6)
+        const CFSegment peak = ChainOf(33, kChainOpen, [&](float i) {
+            return CFPoint{step * i, step * (i < 16.0F ? i : 32.0F - i)};
+        });
+        const bool has_corner = step > 6e-8F;
+        EXPECT_EQ(Fixture(peak).Candidates(CFQuadTest(60.0F, kHalfWidth), {16}),
+                  has_corner ? (Anchors{{1, 0}, {1, 16}, {1, 32}}) : (Anchors{{1, 0}, {1, 32}}));
+    }
+}
+
 TEST(CornerTest, NeighboursAreReducedToTheStrongest) {
     const CFSegment line = ChainOf(100, kChainOpen, [](float i) { return CFPoint{i, 0}; });
     const CFSegment loop(100, kSpacingUnitSteps, kChainClosed);
@@ -154,6 +166,10 @@ TEST(CornerTest, NeighboursAreReducedToTheStrongest) {
     Fixture open(line), closed(loop);
     EXPECT_EQ(open.After({corner(7, 0.1F), corner(8, 0.5F), corner(9, 0.5F)}), (Anchors{{1, 0}, {1, 8}, {1, 99}}));
     EXPECT_EQ(open.After({corner(7, 0.5F), corner(8, 0.5F)}), (Anchors{{1, 0}, {1, 8}, {1, 99}}));
+    // Cosines 6e-7 apart are the same, cosines 2e-6 apart are not.
+    EXPECT_EQ(open.After({corner(7, 0.5000006F), corner(8, 0.5F), corner(9, 0.5000006F)}), (Anchors{{1, 0}, {1, 8}, {1, 99}}));
+    EXPECT_EQ(open.After({corner(7, 0.500002F), corner(8, 0.5F), corner(9, 0.5F)}), (Anchors{{1, 0}, {1, 7}, {1, 99}}));
+    EXPECT_EQ(open.After({corner(7, 0.5F), corner(8, 0.5F), corner(9, 0.500002F)}), (Anchors{{1, 0}, {1, 9}, {1, 99}}));
     EXPECT_EQ(open.After({corner(7, 0.6F), corner(8, 0.5F), corner(9, 0.7F)}), (Anchors{{1, 0}, {1, 9}, {1, 99}}));
     EXPECT_EQ(open.After({corner(0, 0.6F), corner(1, 0.5F), corner(3, 0.7F), corner(99, 0.1F)}),
               (Anchors{{1, 0}, {1, 3}, {1, 99}}));
