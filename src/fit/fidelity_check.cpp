@@ -9,13 +9,13 @@ namespace {
 
 constexpr std::int32_t kBlock = 64;  // points compared before asking whether one was too far
 
-/// Which of four points lie further from their curve points than the root of `squared`; what is no number does.
+/// Which of four points lie further from their curve points than the root of `squared`: none when that is no number.
 LaneFlags Far(const CFBezier3& curve, Lanes x, Lanes y, Lanes t, float squared) {
     const Lanes s = 1.0F - t;  // as CFBezier3::At computes
     const Lanes w0 = s * s * s, w1 = 3.0F * t * s * s, w2 = 3.0F * t * t * s, w3 = t * t * t;
     const Lanes dx = x - (curve.x[0] * w0 + curve.x[1] * w1 + curve.x[2] * w2 + curve.x[3] * w3);
     const Lanes dy = y - (curve.y[0] * w0 + curve.y[1] * w1 + curve.y[2] * w2 + curve.y[3] * w3);
-    return ~(dx * dx + dy * dy <= squared);
+    return dx * dx + dy * dy > squared;
 }
 
 }  // namespace

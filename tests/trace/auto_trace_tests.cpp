@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <random>
 
@@ -109,6 +110,19 @@ TEST(AutoTrace, RenderedShapesAreTheBitmapButNearItsOutlines) {
         }
         EXPECT_LT(wrong, 12U * 200U);
     }
+}
+
+TEST(AutoTrace, NoPointIsTooFarForAToleranceThatIsNoNumber) {
+    const auto square = WorldOf(40, 40, std::vector<Argb>(1600, {255, 255, 255, 255}));
+    const auto with_tolerance = [&](float tolerance) {
+        VRL_AutoTraceParams params;
+        params.tolerance = tolerance;
+        const Shapes shapes = Traced(*square, params);
+        return shapes.size() == 1 ? ItemsOf(*shapes[0]) : Items();
+    };
+    const Items traced = with_tolerance(std::numeric_limits<float>::quiet_NaN());
+    EXPECT_FALSE(traced.empty());
+    EXPECT_EQ(traced, with_tolerance(std::numeric_limits<float>::infinity()));
 }
 
 TEST(AutoTrace, InvertingSwapsWhatIsSetAndSmallRegionsCanGo) {
