@@ -1,5 +1,5 @@
 // Tracing of bitmaps into regions and edges, from numbered pixels (Trace) and from a picture of the host (TraceWorld, with
-// the numbering of its colours), against the whole of libpotrace, which also fits curves.
+// the numbering of its colours), against the whole of libpotrace, which also fits curves; and the merge of many regions.
 
 #include <benchmark/benchmark.h>
 
@@ -15,6 +15,7 @@
 #include "bench/bitmaps.h"
 #include "bench/peak_memory.h"
 #include "host/world.h"
+#include "trace/region_merge.h"
 #include "trace/tracer.h"
 
 #ifdef VRL_BENCH_POTRACE
@@ -69,6 +70,20 @@ void TraceWorld(benchmark::State& state, const Bitmap& bitmap) {
     if (steps == 0) state.SkipWithError("nothing is traced");
     ReportCost(state, bitmap, static_cast<double>(steps), memory.Bytes());
 }
+
+// All regions into one: a ground with `state.range(0)` / 2 dots of a pixel across and down.
+void MergeDots(benchmark::State& state) {
+    const auto size = static_cast<int>(state.range(0));
+    Bitmap dots = {size, size, std::vector<std::uint8_t>(static_cast<std::size_t>(size) * static_cast<std::size_t>(size))};
+    for (int i = 0; i < size * size; ++i) dots.set[static_cast<std::size_t>(i)] = i / size % 2 == 1 && i % size % 2 == 1;
+    const auto world = WorldOf(dots);
+    for ([[maybe_unused]] auto _ : state) {
+        RPTrace trace = TraceOf(*world);
+        RPMergeSmallRegions(&trace, size * size);
+        if (trace.regions.size() != 1) state.SkipWithError("regions are left");
+    }
+}
+BENCHMARK(MergeDots)->Name("Merge/dots")->RangeMultiplier(2)->Range(256, 1024)->Unit(benchmark::kMillisecond);
 
 #ifdef VRL_BENCH_POTRACE
 void Potrace(benchmark::State& state, const Bitmap& bitmap) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -30,6 +31,7 @@ class RPMergeGroups {
     /// Takes the colours from the thread's colour table.
     explicit RPMergeGroups(const std::vector<RPRegion>& regions);
 
+    std::size_t Count() const { return groups_.size(); }  // of the numbers
     std::int32_t Find(std::int32_t region);
     RPMergeGroup& Group(std::int32_t number) { return groups_[static_cast<std::size_t>(number)]; }
     /// Makes one group of two different ones, the members of `a` before those of `b`, and returns its number.

@@ -8,6 +8,7 @@
 #include "trace/candidate_queue.h"
 #include "trace/group_borders.h"
 #include "trace/merge_groups.h"
+#include "trace/neighbour_search.h"
 #include "trace/region_painter.h"
 #include "trace/saddle_vote.h"
 #include "trace/tracer.h"
@@ -25,6 +26,7 @@ class RPRegionMerger {
           minimum_area_(minimum_area),
           groups_(trace.regions),
           borders_(trace, groups_),
+          search_(groups_, borders_, minimum_area),
           candidates_(trace.regions.size()) {}
 
     void Run() {
@@ -55,6 +57,7 @@ class RPRegionMerger {
     std::int32_t minimum_area_;
     RPMergeGroups groups_;
     RPGroupBorders borders_;
+    RPNeighbourSearch search_;
     RPCandidateQueue candidates_;
     std::vector<JoinedCorner> joins_;
     std::vector<std::int32_t> affected_;  // small groups next to one whose colour moves
@@ -114,7 +117,7 @@ void RPRegionMerger::MergeAcross(std::int32_t edge) {
     };
     const float error_a = moved(group_a, a, b), error_b = moved(group_b, b, a);
 
-    const std::int32_t united = groups_.Unite(a, b);
+    const std::int32_t united = search_.Unite(a, b);
     merged_ = true;
     groups_.Group(united).colour_error = std::max(error_a, error_b);
     for (const std::int32_t group : affected_) FindCandidate(group);
@@ -127,15 +130,10 @@ void RPRegionMerger::AddAffected(std::int32_t group, std::int32_t except) {
     });
 }
 
-// The first edge to a neighbour of the nearest colour. A group that is the whole image has none.
+// A group that is the whole image has no candidate.
 void RPRegionMerger::FindCandidate(std::int32_t group) {
-    RPCandidate best = {kNone, 0.0F};
-    const RPLab mean = groups_.Group(group).mean;
-    borders_.ForEachNeighbour(group, [&](std::int32_t neighbour, std::int32_t edge) {
-        const float distance = Distance(mean, groups_.Group(neighbour).mean);
-        if (best.edge == kNone || distance < best.distance) best = {edge, distance};
-    });
-    if (best.edge != kNone) candidates_.Set(group, best);
+    const RPCandidate nearest = search_.Nearest(group);
+    if (nearest.edge != kNone) candidates_.Set(group, nearest);
 }
 
 // Paints and traces anew; that also unites neighbours of one colour. A join is left out where its corner is no saddle any more.

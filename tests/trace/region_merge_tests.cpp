@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <limits>
 #include <map>
 #include <random>
 #include <string>
@@ -16,6 +18,7 @@
 #include "tests/support/thrown_int.h"
 #include "trace/candidate_queue.h"
 #include "trace/color_table.h"
+#include "trace/neighbour_search.h"
 #include "trace/region_merge.h"
 
 namespace {
@@ -106,22 +109,74 @@ TEST(RegionMerge, AMissingTraceIsRefused) {
     EXPECT_EQ(ThrownInt([] { RPMergeSmallRegions(nullptr, 1); }), kFailedCheck);
 }
 
+void ExpectMergedAsThePlainWayDoes(const RPPixelMap& pixels, const std::vector<Rgb>& palette, std::int32_t minimum_area) {
+    RPTrace trace = support::TraceOf(pixels, palette);
+    const RPPixelMap expected = support::PlainMerge(pixels, trace, minimum_area);
+    RPTrace fresh = support::TraceOf(pixels, palette);
+    support::PlainTrace(expected, fresh);
+
+    RPMergeSmallRegions(&trace, minimum_area);
+    ASSERT_EQ(support::DescribeDifference(trace, fresh), "");
+    ASSERT_EQ(support::BrokenLaw(expected, trace), "");
+    for (const RPRegion& region : trace.regions) {
+        ASSERT_TRUE(region.area >= minimum_area || trace.regions.size() == 1);
+    }
+}
+
 TEST(RegionMerge, RandomBitmapsMergeAsThePlainWayDoes) {
     std::mt19937 random(1);
-    for (int i = 0; i < 1500; ++i) {
-        const RPPixelMap pixels = support::AnyBitmap(random, 14);
-        const std::vector<Rgb>& palette = i % 2 == 0 ? kColours : kNearGreys;
-        RPTrace trace = support::TraceOf(pixels, palette);
-        const std::int32_t minimum_area = std::array{1, 2, 3, 5, 8, 20, 300}[static_cast<std::size_t>(i % 7)];
-        const RPPixelMap expected = support::PlainMerge(pixels, trace, minimum_area);
-        RPTrace fresh = support::TraceOf(pixels, palette);
-        support::PlainTrace(expected, fresh);
+    for (unsigned i = 0; i < 1500 && !HasFailure(); ++i) {
+        SCOPED_TRACE(i);
+        const std::int32_t minimum_area = std::array{1, 2, 3, 5, 8, 20, 300}[i % 7];
+        ExpectMergedAsThePlainWayDoes(support::AnyBitmap(random, 14), i % 2 == 0 ? kColours : kNearGreys, minimum_area);
+    }
+}
 
-        RPMergeSmallRegions(&trace, minimum_area);
-        ASSERT_EQ(support::DescribeDifference(trace, fresh), "") << i;
-        ASSERT_EQ(support::BrokenLaw(expected, trace), "") << i;
-        for (const RPRegion& region : trace.regions) {
-            ASSERT_TRUE(region.area >= minimum_area || trace.regions.size() == 1) << i;
+// Two searches over the same groups: one looks at all neighbours, the other makes hubs of groups with more than a few.
+class TwoSearches {
+ public:
+    TwoSearches(const RPTrace& trace, std::int32_t minimum_area, std::size_t most_neighbours)
+        : plain_(trace, minimum_area, std::numeric_limits<std::size_t>::max()), hubs_(trace, minimum_area, most_neighbours) {}
+
+    void UniteAcross(const RPEdge& edge) {
+        const std::int32_t a = plain_.groups.Find(edge.region_a), b = plain_.groups.Find(edge.region_b);
+        if (a == b) return;
+        plain_.search.Unite(a, b);
+        hubs_.search.Unite(a, b);
+    }
+    /// Of group `region` when it is one, and small.
+    void ExpectSameNearest(std::int32_t region, std::int32_t minimum_area) {
+        if (plain_.groups.Find(region) != region || plain_.groups.Group(region).area >= minimum_area) return;
+        const RPCandidate expected = plain_.search.Nearest(region), found = hubs_.search.Nearest(region);
+        ASSERT_EQ(found.edge, expected.edge) << region;
+        ASSERT_EQ(found.distance, expected.distance) << region;
+    }
+
+ private:
+    struct Search {
+        Search(const RPTrace& trace, std::int32_t minimum_area, std::size_t most_neighbours)
+            : groups(trace.regions), borders(trace, groups), search(groups, borders, minimum_area, most_neighbours) {}
+        RPMergeGroups groups;
+        RPGroupBorders borders;
+        RPNeighbourSearch search;
+    };
+    Search plain_, hubs_;
+};
+
+TEST(NeighbourSearch, HubsFindWhatALookAtAllNeighboursFinds) {
+    std::mt19937 random(3);
+    for (unsigned i = 0; i < 1500 && !HasFatalFailure(); ++i) {
+        SCOPED_TRACE(i);
+        const RPTrace trace = support::TraceOf(support::AnyBitmap(random, 16), i % 3 == 0 ? kNearGreys : kColours);
+        const std::int32_t minimum_area = i % 5 == 0 ? 40 : 1000;
+        TwoSearches searches(trace, minimum_area, i % 4);
+        const auto count = static_cast<unsigned>(trace.graph->edges.size());
+        for (unsigned union_number = 0; union_number < 60 && !HasFatalFailure(); ++union_number) {
+            const RPEdge& edge = trace.graph->edges[random() % count];
+            if (edge.region_a == kNone || edge.region_b == kNone) continue;
+            searches.UniteAcross(edge);
+            if (union_number % 3 != 0) continue;
+            for (const RPRegion& region : trace.regions) searches.ExpectSameNearest(region.index, minimum_area);
         }
     }
 }
