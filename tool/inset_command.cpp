@@ -68,7 +68,8 @@ void RunInset(const InsetOptions& options) {
     NoteWhenEmpty(drawing.shapes, options.shapes);
     OutputFile output(options.output);
     const std::vector<ShapeRecord> results = InsetShapes(drawing.shapes, options);
-    output.Write(ShapeWriterFor(options.output, options.format)(results, {.canvas = drawing.canvas, .total_ms = {}}));
+    const ShapeFileExtras extras = {.canvas = drawing.canvas, .total_ms = {}};
+    WriteShapes(results, extras, ShapeWriterFor(options.output, options.format), output);
     output.Commit();
     if (!drawing.shapes.empty()) NoteWhenNothingIsLeft(results, options);
 }

@@ -176,7 +176,7 @@ std::vector<ShapeRecord> ReadJsonShapes(std::string_view text) {
     return records;
 }
 
-std::string WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
+void WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras, const TextSink& sink) {
     std::string out = "{";
     if (extras.total_ms) {
         out.append("\"total_ms\": ");
@@ -188,9 +188,13 @@ std::string WriteJsonShapes(const std::vector<ShapeRecord>& records, const Shape
     for (const ShapeRecord& record : records) {
         out.append(std::exchange(separator, ",\n  "));
         AppendShape(record, out);
+        HandOver(out, sink);
     }
-    out.append("]}\n");
-    return out;
+    sink(out.append("]}\n"));
+}
+
+std::string WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
+    return WholeText([&](const TextSink& sink) { WriteJsonShapes(records, extras, sink); });
 }
 
 }  // namespace vrltool

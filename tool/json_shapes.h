@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tool/shape_record.h"
+#include "tool/text_sink.h"
 
 namespace vrltool {
 
@@ -21,6 +22,7 @@ namespace vrltool {
 std::vector<ShapeRecord> ReadJsonShapes(std::string_view text);
 
 /// Every number is the shortest text that reads back to the same 32-bit float (positions: 64-bit).
+void WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras, const TextSink& sink);
 std::string WriteJsonShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras = {});
 
 }  // namespace vrltool

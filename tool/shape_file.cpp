@@ -64,7 +64,9 @@ ShapeWriter ShapeWriterFor(const std::string& path, const std::string& format) {
     const std::string ending = EndingOf(path);
     if (!format.empty() && IsFileKind(ending) && ending != '.' + format) return nullptr;
     const std::string kind = !format.empty() ? '.' + format : ending.empty() && IsStream(path) ? kJsonEnding : ending;
-    return kind == kJsonEnding ? WriteJsonShapes : kind == kSvgEnding ? WriteSvgShapes : nullptr;
+    if (kind == kJsonEnding) return WriteJsonShapes;
+    if (kind == kSvgEnding) return WriteSvgShapes;
+    return nullptr;
 }
 
 std::string ExplainNoShapeWriter(const std::string& path, const std::string& format) {
@@ -75,6 +77,13 @@ std::string ExplainNoShapeWriter(const std::string& path, const std::string& for
 CLI::Option* AddFormatOption(CLI::App& command, std::string& format, const char* description) {
     return AddValue(command, "--format", "NAME", description, [&](const std::string& text) { format = text; })
         ->check(CLI::IsMember({"svg", "json"}));
+}
+
+void WriteShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras, ShapeWriter writer, OutputFile& output) {
+    writer(records, extras, [&](std::string_view piece) {
+        ThrowIfInterrupted();
+        output.Write(piece);
+    });
 }
 
 }  // namespace vrltool

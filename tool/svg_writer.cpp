@@ -13,17 +13,11 @@
 namespace vrltool {
 namespace {
 
-std::vector<Outline> OutlinesOf(const std::vector<ShapeRecord>& records) {
-    std::vector<Outline> outlines;
-    for (const ShapeRecord& record : records) outlines.push_back(OutlineOf(*record.shape));
-    return outlines;
-}
-
 /// From the origin, or from where the shapes begin before it.
-M_FloatRect CanvasAround(const std::vector<Outline>& outlines) {
+M_FloatRect CanvasAround(const std::vector<ShapeRecord>& records) {
     M_FloatRect canvas = {0, 0, 1, 1};  // one without size would turn the drawing off
-    for (const Outline& outline : outlines) {
-        const M_FloatRect bounds = TightBounds(outline);
+    for (const ShapeRecord& record : records) {
+        const M_FloatRect bounds = TightBounds(OutlineOf(*record.shape));
         canvas = {std::min(canvas.left, std::floor(bounds.left)), std::min(canvas.top, std::floor(bounds.top)),
                   std::max(canvas.right, std::ceil(bounds.right)), std::max(canvas.bottom, std::ceil(bounds.bottom))};
     }
@@ -68,21 +62,24 @@ void AppendSubpath(const Outline& outline, std::string& text) {
 
 }  // namespace
 
-std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
-    const std::vector<Outline> outlines = OutlinesOf(records);
-    const auto [left, top, right, bottom] = extras.canvas ? *extras.canvas : CanvasAround(outlines);
+void WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras, const TextSink& sink) {
+    const auto [left, top, right, bottom] = extras.canvas ? *extras.canvas : CanvasAround(records);
     std::string text = "<svg xmlns=\"http://www.w3.org/2000/svg\"";
     AppendAttribute("width", {right - left}, text);
     AppendAttribute("height", {bottom - top}, text);
     AppendAttribute("viewBox", {left, top, right - left, bottom - top}, text);
     text.append(" overflow=\"visible\">\n<path fill-rule=\"evenodd\" d=\"");
     const char* separator = "";
-    for (const Outline& outline : outlines) {
+    for (const ShapeRecord& record : records) {
         text.append(std::exchange(separator, "\n"));
-        AppendSubpath(outline, text);
+        AppendSubpath(OutlineOf(*record.shape), text);
+        HandOver(text, sink);
     }
-    text.append("\"/>\n</svg>\n");
-    return text;
+    sink(text.append("\"/>\n</svg>\n"));
+}
+
+std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras) {
+    return WholeText([&](const TextSink& sink) { WriteSvgShapes(records, extras, sink); });
 }
 
 }  // namespace vrltool

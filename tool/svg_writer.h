@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tool/shape_record.h"
+#include "tool/text_sink.h"
 
 namespace vrltool {
 
@@ -12,6 +13,7 @@ namespace vrltool {
 /// The drawing shows the canvas and lets curves that leave it be seen. Without a canvas it shows the rectangle from the origin
 /// that holds all of the shapes, in whole pixels. So it lies over the picture it was made of, and reads back in the same place
 /// as long as neither begins left of the origin or above it.
+void WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras, const TextSink& sink);
 std::string WriteSvgShapes(const std::vector<ShapeRecord>& records, const ShapeFileExtras& extras = {});
 
 }  // namespace vrltool

@@ -192,12 +192,6 @@ Overlay DrawOverlay(const GW_World& world, const std::vector<ShapeRecord>& shape
     return overlay;
 }
 
-void WriteText(const std::string& text, const std::string& path) {
-    OutputFile output(path);
-    output.Write(text);
-    output.Commit();
-}
-
 void WriteOverlay(const Overlay& overlay, const std::string& path) {
     WorkProgress unseen(1, WorkProgress::Bar::kNever);
     OutputFile output(path);
@@ -222,12 +216,13 @@ std::vector<Traced> TracePictures(const TraceOptions& options) {
         calls.step_done();
         ShapeFileExtras extras = {.canvas = PictureOf(traced, options), .total_ms = {}};
         if (!options.stats.empty()) extras.total_ms = traced.milliseconds;
-        const std::string text = ShapeWriterFor(paths[i], options.format)(traced.shapes, extras);
         std::optional<Overlay> overlay;
         if (!overlay_paths.empty()) overlay = DrawOverlay(*world, traced.shapes, options, overlay_paths[i], library);
         calls.commit([&] {
             if (overlay) WriteOverlay(*overlay, overlay_paths[i]);
-            WriteText(text, paths[i]);
+            OutputFile output(paths[i]);
+            WriteShapes(traced.shapes, extras, ShapeWriterFor(paths[i], options.format), output);
+            output.Commit();
         });
         calls.step_done();
     };
