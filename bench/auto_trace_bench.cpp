@@ -219,10 +219,11 @@ void StageTraceAndMerge(benchmark::State& state, const Bitmap& bitmap) {
 }
 
 void StageFit(benchmark::State& state, const Bitmap& bitmap) {
-    const RPTrace trace = TraceOf(*WorldOf(bitmap));
+    RPTrace trace = TraceOf(*WorldOf(bitmap));
     for ([[maybe_unused]] auto _ : state) {
         KVPathGenerator generator(VRL_AutoTraceParams().tolerance, kCornerAngle, kWindow);
-        benchmark::DoNotOptimize(FitEdges(trace, generator).data());
+        RPEdgeFitting fitting(trace, generator);
+        for (const RPRegion& region : trace.regions) fitting.FitRings(region);
     }
     state.counters["s/step"] = benchmark::Counter(static_cast<double>(trace.graph->steps.size()),
                                                   benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
@@ -233,10 +234,17 @@ void StageShapes(benchmark::State& state, const Bitmap& bitmap) {
     const VRL_AutoTraceParams params;
     VRLp_TraceOptions options = VRLp_BuildOptions(VRLp_FillContext(params, *world));
     RPTrace trace = TraceOf(*world);
-    const VRLp_ShapeGenerator generator(&trace, options);
+    std::vector<RPPath> outlines;
+    VRLp_ShapeGenerator(&trace, options)
+        .Art()
+        .ForEachArt([](const RPRegion& region) { return region.index % 2 == 1; },
+                    [&](const RPOutlineArt& art) {
+                        outlines.insert(outlines.end(), art.outer.begin(), art.outer.end());
+                        outlines.insert(outlines.end(), art.holes.begin(), art.holes.end());
+                    });
     for ([[maybe_unused]] auto _ : state) {
         Shapes shapes;
-        VRLp_CreateShapes(generator, shapes);
+        for (const RPPath& outline : outlines) shapes.emplace_back(VRLp_MakeShape(outline));
         for (const auto& shape : shapes) DY_SetPolyDir(1, shape.get());
     }
 }

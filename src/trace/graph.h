@@ -6,7 +6,9 @@
 
 #include "base/owner.h"
 #include "base/point.h"
+#include "trace/block_list.h"
 #include "trace/corner_grid.h"
+#include "trace/pixel_map.h"
 #include "trace/vertex_dictionary.h"
 
 /// Directions of travel on the pixel lattice, and the sides of a pixel.
@@ -23,7 +25,7 @@ inline std::int32_t StepY(RPDirection d) { return std::int32_t{d == kDown} - std
 struct RPVertex {
     std::int16_t x, y;
     std::array<std::int32_t, 4> slots = {kNone, kNone, kNone, kNone};  // by direction / 2: the edge that leaves this way
-    std::int32_t state = 2;  // 0: up-right and down-left are joined here; 1: up-left and down-right; 2: neither
+    RPJoin join = kJoinNone;                                           // of a diagonal pair of pixels
 };
 
 enum class RPSide : std::uint8_t { kA, kB };
@@ -33,11 +35,9 @@ enum class RPSide : std::uint8_t { kA, kB };
 struct RPEdge {
     std::int32_t start_vertex, end_vertex;  // the same for a loop
     std::int32_t region_a = kNone, region_b = kNone;
-    std::int32_t previous_a = kNone, next_a = kNone;  // round the region on side A
-    std::int32_t previous_b = kNone, next_b = kNone;
-    std::int32_t hole = kNone;  // the hole ring that starts with this edge
-    std::uint32_t first_step;   // in the graph's `steps`
-    std::int32_t step_count;    // at least 1
+    std::int32_t next_a = kNone, next_b = kNone;  // round the regions on both sides
+    std::uint32_t first_step;                     // in the graph's `steps`
+    std::int32_t step_count;                      // at least 1
     std::int16_t start_x, start_y, end_x, end_y;
     RPDirection start_code, end_code;  // directions of the first and of the last step
     bool closed;  // a loop that meets no other edge. A loop from a vertex back to it is open, its ends coincide
@@ -59,8 +59,9 @@ class RPGraph {
         return static_cast<RPDirection>(steps[edge.first_step + static_cast<std::size_t>(i)]);
     }
 
-    std::vector<RPEdge> edges;
-    std::vector<RPVertex> vertices;
+    using Edges = RPBlockList<RPEdge>;
+    Edges edges;
+    RPBlockList<RPVertex> vertices;
     std::vector<std::uint8_t> steps;              // RPDirection of every unit step of every edge
     ts::auto_ptr<RPVertexDictionary> dictionary;  // only while the graph is built
 };
@@ -95,8 +96,5 @@ class RPEdgePoints {
 /// @throws int  kBrokenInvariant when it is on neither
 RPSide SideOf(const RPEdge& edge, std::int32_t region);
 
-/// The next and the previous edge of the ring round the region on `side`.
+/// The next edge of the ring round the region on `side`.
 inline std::int32_t Successor(const RPEdge& edge, RPSide side) { return side == RPSide::kA ? edge.next_a : edge.next_b; }
-inline std::int32_t Predecessor(const RPEdge& edge, RPSide side) {
-    return side == RPSide::kA ? edge.previous_a : edge.previous_b;
-}

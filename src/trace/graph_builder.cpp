@@ -1,6 +1,7 @@
 #include "trace/graph_builder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "base/errors.h"
@@ -40,7 +41,7 @@ void FinishGraph(RPGraph& graph) {
     if (graph.edges.empty()) return;
     const auto found = std::find_if(graph.edges.begin(), graph.edges.end(), BordersOutside);
     if (found == graph.edges.end()) throw kBrokenInvariant;
-    const auto first = static_cast<std::int32_t>(found - graph.edges.begin());
+    const auto first = static_cast<std::int32_t>(std::distance(graph.edges.begin(), found));
     std::int32_t edge = first;
     do {
         const std::int32_t next = NextRoundOutside(graph, edge);
@@ -82,7 +83,7 @@ std::int32_t VertexAt(RPGraph& graph, std::int16_t x, std::int16_t y) {
     std::int32_t vertex = graph.dictionary->Find(x, y);
     if (vertex == kNone) {
         vertex = static_cast<std::int32_t>(graph.vertices.size());
-        graph.vertices.push_back({x, y});
+        graph.vertices.push_back({.x = x, .y = y});
         graph.dictionary->Insert(x, y, vertex);
     }
     return vertex;
@@ -113,8 +114,6 @@ void TakeSide(RPEdge& edge, bool side_a, std::int32_t region) {
 void Link(RPGraph& graph, std::int32_t edge, std::int32_t next, std::int32_t region) {
     RPEdge& from = graph.Edge(edge);
     (SideOf(from, region) == RPSide::kA ? from.next_a : from.next_b) = next;
-    RPEdge& to = graph.Edge(next);
-    (SideOf(to, region) == RPSide::kA ? to.previous_a : to.previous_b) = edge;
 }
 
 bool BordersOutside(const RPEdge& edge) { return edge.region_a == kNone || edge.region_b == kNone; }

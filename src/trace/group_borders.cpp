@@ -7,8 +7,7 @@ RPGroupBorders::RPGroupBorders(const RPTrace& trace, RPMergeGroups& groups)
 
 void RPGroupBorders::Unroll(std::int32_t region) {
     Run& run = runs_[static_cast<std::size_t>(region)];
-    if (run.unrolled) return;
-    run.unrolled = true;
+    if (run.begin != kNotUnrolled) return;
     run.begin = static_cast<std::uint32_t>(borders_.size());
     const RPRegion& rings = trace_.regions[static_cast<std::size_t>(region)];
     UnrollRing(rings.outer_edge, region);

@@ -25,9 +25,9 @@ class RPGroupBorders {
     struct Border {
         std::int32_t edge, region;  // the region across
     };
+    static constexpr std::uint32_t kNotUnrolled = ~std::uint32_t{0};
     struct Run {
-        std::uint32_t begin = 0, end = 0;  // in `borders_`
-        bool unrolled = false;
+        std::uint32_t begin = kNotUnrolled, end = 0;  // in `borders_`
     };
 
     void Unroll(std::int32_t region);

@@ -22,7 +22,7 @@ float Distance(const RPLab& a, const RPLab& b) {
     return l * l + x * x + y * y;
 }
 
-RPMergeGroups::RPMergeGroups(const std::vector<RPRegion>& regions)
+RPMergeGroups::RPMergeGroups(const RPTrace::Regions& regions)
     : regions_(regions),
       groups_(regions.size()),
       parent_(regions.size()),

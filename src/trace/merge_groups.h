@@ -29,7 +29,7 @@ struct RPMergeGroup {
 class RPMergeGroups {
  public:
     /// Takes the colours from the thread's colour table.
-    explicit RPMergeGroups(const std::vector<RPRegion>& regions);
+    explicit RPMergeGroups(const RPTrace::Regions& regions);
 
     std::size_t Count() const { return groups_.size(); }  // of the numbers
     std::int32_t Find(std::int32_t region);
@@ -48,7 +48,7 @@ class RPMergeGroups {
     const RPMergeGroup& Group(std::int32_t number) const { return groups_[static_cast<std::size_t>(number)]; }
     std::vector<std::int32_t> LargestMembers(std::int32_t number) const;  // up to three; the earlier one first among equals
 
-    const std::vector<RPRegion>& regions_;
+    const RPTrace::Regions& regions_;
     std::vector<RPMergeGroup> groups_;
     std::vector<std::int32_t> parent_, member_count_;  // of the forest that leads to the groups' numbers
     std::vector<std::int32_t> next_member_, next_border_;

@@ -33,15 +33,10 @@ class RPRegionMerger {
         JoinSaddles();
         SeedCandidates();
         while (!candidates_.IsEmpty()) MergeAcross(candidates_.FirstEdge());
-        if (merged_ || !joins_.empty()) Rebuild();
+        if (merged_ || joined_) Rebuild();
     }
 
  private:
-    struct JoinedCorner {
-        std::int32_t x, y;
-        RPJoin join;
-    };
-
     void JoinSaddles();
     void PutTogether(std::int32_t region, std::int32_t other);  // in one group
     void SeedCandidates();
@@ -59,9 +54,8 @@ class RPRegionMerger {
     RPGroupBorders borders_;
     RPNeighbourSearch search_;
     RPCandidateQueue candidates_;
-    std::vector<JoinedCorner> joins_;
-    std::vector<std::int32_t> affected_;  // small groups next to one whose colour moves
-    bool merged_ = false;
+    std::vector<std::int32_t> affected_;    // small groups next to one whose colour moves
+    bool merged_ = false, joined_ = false;  // some groups; some corners, whose vertices say how
 };
 
 }  // namespace
@@ -76,12 +70,13 @@ namespace {
 void RPRegionMerger::JoinSaddles() {
     const auto count = static_cast<std::int32_t>(trace_.graph->vertices.size());
     for (std::int32_t number = 0; number < count; ++number) {
-        const RPVertex& vertex = trace_.graph->Vertex(number);
+        RPVertex& vertex = trace_.graph->Vertex(number);
         if (!IsSaddle(vertex)) continue;
         const RPSaddle regions = RegionsRound(*trace_.graph, number);
         const RPJoin join = ChooseJoin(trace_, number, regions);
         if (join == kJoinNone) continue;
-        joins_.push_back({vertex.x, vertex.y, join});
+        vertex.join = join;
+        joined_ = true;
         join == kJoinUpRight ? PutTogether(regions.up_right, regions.down_left)
                              : PutTogether(regions.up_left, regions.down_right);
     }
@@ -139,10 +134,12 @@ void RPRegionMerger::FindCandidate(std::int32_t group) {
 // Paints and traces anew; that also unites neighbours of one colour. A join is left out where its corner is no saddle any more.
 void RPRegionMerger::Rebuild() {
     RPPixelMap pixels = PaintRegions(trace_, FinalColours());
-    for (const auto& [x, y, join] : joins_) {
+    for (const RPVertex& vertex : trace_.graph->vertices) {
+        if (vertex.join == kJoinNone) continue;
+        const std::int32_t x = vertex.x, y = vertex.y;
         const std::uint8_t *above = pixels.Row(y - 1) + x, *below = pixels.Row(y) + x;
         const bool saddle = above[-1] != above[0] && above[0] != below[0] && below[0] != below[-1] && below[-1] != above[-1];
-        if (saddle) pixels.SetJoin(x, y, join);
+        if (saddle) pixels.SetJoin(x, y, vertex.join);
     }
     RPTracePixels(pixels, trace_);
 }

@@ -14,22 +14,15 @@ void AppendPaths(const std::vector<RPPath>& paths, std::vector<boost::shared_ptr
     for (const RPPath& path : paths) shapes.emplace_back(VRLp_MakeShape(path));
 }
 
-void AppendArt(const RPVectorArt& art, std::vector<boost::shared_ptr<DY_Shape>>& shapes) {
-    if (art.Kind() != kArtOutline) throw kUnsupportedKind;
-    const auto& outlines = static_cast<const RPOutlineArt&>(art);
-    if (outlines.outer.empty() && outlines.holes.empty()) throw kBrokenInvariant;
-    AppendPaths(outlines.outer, shapes);
-    AppendPaths(outlines.holes, shapes);
-}
-
 }  // namespace
 
-void VRLp_CreateShapes(const VRLp_ShapeGenerator& generator, std::vector<boost::shared_ptr<DY_Shape>>& shapes) {
+void VRLp_CreateShapes(VRLp_ShapeGenerator& generator, std::vector<boost::shared_ptr<DY_Shape>>& shapes) {
     const RPColorTable& colors = RPColorTable::OfThread();
-    for (const RPRegion& region : generator.Trace().regions) {
-        if (!region.art || IsSameColour(colors.Entry(region.colour).colour, kClear)) continue;
-        AppendArt(*region.art, shapes);
-    }
+    const auto is_set = [&](const RPRegion& region) { return !IsSameColour(colors.Entry(region.colour).colour, kClear); };
+    generator.Art().ForEachArt(is_set, [&](const RPOutlineArt& art) {
+        AppendPaths(art.outer, shapes);
+        AppendPaths(art.holes, shapes);
+    });
     if (generator.LayerTransform() == nullptr) return;
     for (const auto& shape : shapes) shape->Transform(*generator.LayerTransform());
 }

@@ -15,7 +15,7 @@ VRLp_ArtMode ModeOf(const VRLp_TraceOptions& options) {
 }  // namespace
 
 VRLp_ShapeGenerator::VRLp_ShapeGenerator(RPTrace* trace, const VRLp_TraceOptions& options)
-    : trace_(trace), layer_transform_(options.layer_transform) {
+    : layer_transform_(options.layer_transform) {
     if (trace == nullptr) throw kFailedCheck;
     mode_ = ModeOf(options);
     if (mode_ != kArtModeOutline) throw kUnsupportedKind;

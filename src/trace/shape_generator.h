@@ -13,16 +13,14 @@ enum VRLp_ArtMode : std::int32_t { kArtModeOutline = 0, kArtModeSecond = 1, kArt
 /// Turns a trace into outlines and keeps what is needed to make shapes of them. Borrows the trace and the transform.
 class VRLp_ShapeGenerator {
  public:
-    /// Makes the art.
     /// @throws int               what `KVOutlineGenerator` throws
     /// @throws kUnsupportedKind  when the options ask for anything but outlines
     VRLp_ShapeGenerator(RPTrace* trace, const VRLp_TraceOptions& options);
 
-    const RPTrace& Trace() const { return *trace_; }
+    KVArtGenerator& Art() { return *art_generator_; }
     const M_Matrix3* LayerTransform() const { return layer_transform_; }
 
  private:
-    RPTrace* trace_;
     VRLp_ArtMode mode_;
     const M_Matrix3* layer_transform_;
     ts::auto_ptr<KVArtGenerator> art_generator_;

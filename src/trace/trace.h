@@ -5,7 +5,6 @@
 
 #include "base/owner.h"
 #include "trace/graph.h"
-#include "trace/outline_art.h"
 #include "trace/raster.h"
 
 /// A set of pixels of one colour that hang together by their sides.
@@ -17,7 +16,6 @@ struct RPRegion {
     std::int32_t first_hole = kNone, last_hole = kNone;  // its holes, chained through RPHole::next
     std::int32_t hole_count = 0;
     std::uint8_t colour;  // number in the thread's colour table
-    ts::auto_ptr<RPVectorArt> art;
 };
 
 /// A boundary of a region against what lies inside it. Numbered in order of discovery.
@@ -38,7 +36,8 @@ class RPTrace {
 
     ts::auto_ptr<RPGraph> graph;
     ts::auto_ptr<RPRaster> raster;
-    std::vector<RPRegion> regions;
+    using Regions = RPBlockList<RPRegion>;
+    Regions regions;
     std::vector<RPHole> holes;
     std::int32_t height = 0, width = 0;  // pixels
     std::int32_t minimum_area = 0;

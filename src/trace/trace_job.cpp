@@ -21,6 +21,6 @@ void VRLp_RunJob(const VRLp_TraceJob* job) {
     auto raster = ts::make_auto<RPRaster>(*job->bitmap);
     RPTrace trace(raster, options.minimum_area, options.second_kind != 0);
     if (options.minimum_area > 0) RPMergeSmallRegions(&trace, options.minimum_area);
-    const VRLp_ShapeGenerator generator(&trace, options);
+    VRLp_ShapeGenerator generator(&trace, options);
     VRLp_CreateShapes(generator, *job->shapes);
 }

@@ -38,7 +38,6 @@ class Scan {
     RPChain chain_;                           // of the boundary at hand; kept for its storage
 };
 
-void MakeRoom(const RPPixelMap& pixels, RPTrace& trace);
 std::int32_t RunEnd(const std::uint8_t* row, std::int32_t x, std::int32_t width);
 void StartAtNextCorner(RPChain& loop);
 void RecordJoins(const RPPixelMap& pixels, RPGraph& graph);
@@ -56,7 +55,6 @@ void RPTracePixels(const RPPixelMap& pixels, RPTrace& trace) {
     trace.regions.clear();
     trace.holes.clear();
     trace.graph = ts::make_auto<RPGraph>(trace.height, trace.width);
-    MakeRoom(pixels, trace);
     if (pixels.HasJoins()) {
         Fill<true>(pixels, trace);
         RecordJoins(pixels, *trace.graph);
@@ -122,7 +120,7 @@ std::int32_t Scan<kWithJoins>::AddRegion(std::int32_t x, std::int32_t y, std::in
     region.index = number;
     region.enclosing_hole = EnclosingHole(edge, west);
     region.colour = pixels_->Row(y)[x];
-    trace_->regions.push_back(std::move(region));
+    trace_->regions.push_back(region);
     if (edge == kNone) {
         walk_.Follow(x, y + 1, kUp, chain_);
     } else {  // against the edge, which starts at a junction
@@ -152,34 +150,11 @@ void Scan<kWithJoins>::AddBoundary(std::int32_t region, std::int32_t hole) {
         trace_->regions[static_cast<std::size_t>(region)].outer_edge = first;
     } else {
         trace_->holes[static_cast<std::size_t>(hole)].first_edge = first;
-        graph.Edge(first).hole = hole;
     }
     hole_of_edge_.resize(graph.edges.size(), hole);
     for (std::size_t edge = first_new; edge < graph.edges.size(); ++edge) {
         known_edges_.Add(graph, static_cast<std::int32_t>(edge));
     }
-}
-
-// Makes room for about as many junctions as every sixteenth row lets expect, and for the two edges and the one region that
-// come with each: so that dense maps are not copied from storage to storage while they grow.
-void MakeRoom(const RPPixelMap& pixels, RPTrace& trace) {
-    constexpr std::int32_t kEvery = 16;
-    std::size_t junctions = 0;
-    for (std::int32_t y = kEvery / 2; y < pixels.Height(); y += kEvery) {
-        const std::uint8_t* upper = pixels.Row(y - 1);
-        const std::uint8_t* lower = pixels.Row(y);
-        std::int32_t in_row = 0;
-        for (std::int32_t x = 0; x <= pixels.Width(); ++x) {
-            const int changes =
-                (upper[x - 1] != upper[x]) + (upper[x] != lower[x]) + (lower[x] != lower[x - 1]) + (lower[x - 1] != upper[x - 1]);
-            in_row += changes > 2 ? 1 : 0;
-        }
-        junctions += static_cast<std::size_t>(in_row);
-    }
-    const std::size_t expected = junctions * kEvery + junctions;  // a sixteenth to spare
-    trace.graph->vertices.reserve(expected);
-    trace.graph->edges.reserve(2 * expected);
-    trace.regions.reserve(expected);
 }
 
 // The end of the run of one colour that starts at `x`. Compares eight pixels at a time with the ones before them.
@@ -208,10 +183,7 @@ void StartAtNextCorner(RPChain& loop) {
 }
 
 void RecordJoins(const RPPixelMap& pixels, RPGraph& graph) {
-    for (RPVertex& vertex : graph.vertices) {
-        const RPJoin join = pixels.Join(vertex.x, vertex.y);
-        if (join != kJoinNone) vertex.state = join == kJoinUpRight ? 0 : 1;
-    }
+    for (RPVertex& vertex : graph.vertices) vertex.join = pixels.Join(vertex.x, vertex.y);
 }
 
 }  // namespace

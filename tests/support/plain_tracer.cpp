@@ -147,7 +147,6 @@ void PlainTracer::AddHole(Place start, std::int32_t region) {
     ring.first_edge = AddChain(region, chain, false);
     ring.region = region;
     trace_.holes.push_back(ring);
-    Graph().Edge(ring.first_edge).hole = hole;
 
     RPRegion& owner = trace_.regions[static_cast<std::size_t>(region)];
     (owner.hole_count == 0 ? owner.first_hole : trace_.holes[static_cast<std::size_t>(owner.last_hole)].next) = hole;
@@ -272,8 +271,7 @@ std::int32_t PlainTracer::VertexAt(Place corner) {
         RPVertex vertex;
         vertex.x = static_cast<std::int16_t>(corner.x);
         vertex.y = static_cast<std::int16_t>(corner.y);
-        const RPJoin join = pixels_.Join(corner.x, corner.y);
-        vertex.state = join == kJoinUpRight ? 0 : join == kJoinUpLeft ? 1 : 2;
+        vertex.join = pixels_.Join(corner.x, corner.y);
         Graph().vertices.push_back(vertex);
     }
     return known->second;
@@ -289,7 +287,6 @@ void PlainTracer::Link(std::int32_t from, std::int32_t to, std::int32_t region) 
     RPEdge &a = Graph().Edge(from), &b = Graph().Edge(to);
     if ((a.region_a != region && a.region_b != region) || (b.region_a != region && b.region_b != region)) throw kBrokenInvariant;
     (a.region_a == region ? a.next_a : a.next_b) = to;
-    (b.region_a == region ? b.previous_a : b.previous_b) = from;
 }
 
 // The outside's ring runs along the border with the image on its left: down, right, up, left.
@@ -324,20 +321,20 @@ std::string Describe(const RPHole& h, const RPGraph&) {
 }
 
 std::string Describe(const RPVertex& v, const RPGraph&) {
-    return Text("at", v.x, v.y, "slots", v.slots[0], v.slots[1], v.slots[2], v.slots[3], "state", v.state);
+    return Text("at", v.x, v.y, "slots", v.slots[0], v.slots[1], v.slots[2], v.slots[3], "join", int{v.join});
 }
 
 std::string Describe(const RPEdge& e, const RPGraph& graph) {
-    std::string text = Text("vertices", e.start_vertex, e.end_vertex, "regions", e.region_a, e.region_b, "round a", e.previous_a,
-                            e.next_a, "round b", e.previous_b, e.next_b, "hole", e.hole, "from", e.start_x, e.start_y, "to",
-                            e.end_x, e.end_y, "codes", e.start_code, e.end_code, e.closed ? "closed" : "open", "steps ");
+    std::string text = Text("vertices", e.start_vertex, e.end_vertex, "regions", e.region_a, e.region_b, "next", e.next_a,
+                            e.next_b, "from", e.start_x, e.start_y, "to", e.end_x, e.end_y, "codes", e.start_code, e.end_code,
+                            e.closed ? "closed" : "open", "steps ");
     for (std::int32_t i = 0; i < e.step_count; ++i) text += static_cast<char>('0' + graph.Step(e, i));
     return text;
 }
 
-template <class Item>
-std::string FirstDifference(const std::string& what, const std::vector<Item>& a, const RPGraph& graph_a,
-                            const std::vector<Item>& b, const RPGraph& graph_b) {
+template <class List>
+std::string FirstDifference(const std::string& what, const List& a, const RPGraph& graph_a, const List& b,
+                            const RPGraph& graph_b) {
     for (std::size_t i = 0; i < a.size() || i < b.size(); ++i) {
         const std::string in_a = i < a.size() ? Describe(a[i], graph_a) : "none";
         const std::string in_b = i < b.size() ? Describe(b[i], graph_b) : "none";

@@ -111,7 +111,7 @@ void LawCheck::CheckRings() {
         Require(area == 2 * std::ranges::count(components_, region.index), "rings enclose the region's pixels", region.index);
     }
     const auto is_at_border = [](const RPEdge& edge) { return edge.region_a == kNone || edge.region_b == kNone; };
-    const auto border = std::ranges::find_if(graph_.edges, is_at_border) - graph_.edges.begin();
+    const auto border = std::ranges::distance(graph_.edges.begin(), std::ranges::find_if(graph_.edges, is_at_border));
     Require(WalkRing(static_cast<std::int32_t>(border), kNone) == -2 * pixels_.Width() * pixels_.Height(),
             "the outside has one ring");
     Require(walked_.size() == 2 * graph_.edges.size(), "every side of every edge is in a ring");

@@ -9,6 +9,7 @@
 #include "api/vrl.h"
 #include "base/errors.h"
 #include "tests/support/bitmaps.h"
+#include "tests/support/memory_peak.h"
 #include "tests/support/quiet_reports.h"
 #include "tests/support/shapes.h"
 #include "tests/support/thrown_int.h"
@@ -178,13 +179,15 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
         auto raster = ts::make_auto<RPRaster>(*world);
         RPTrace trace(raster, 0, false);
         std::map<std::int32_t, std::vector<std::int32_t>> inside;  // regions in each hole
-        for (const RPRegion& region : trace.regions) inside[region.enclosing_hole].push_back(region.index);
-        const KVOutlineGenerator generator(&trace, 1, 72, 16, false);
+        const std::vector<RPRegion> regions(trace.regions.begin(), trace.regions.end());
+        for (const RPRegion& region : regions) inside[region.enclosing_hole].push_back(region.index);
+        std::vector<RPOutlineArt> arts;
+        KVOutlineGenerator(&trace, 1, 72, 16, false)
+            .ForEachArt([](const RPRegion&) { return true; }, [&](const RPOutlineArt& art) { arts.push_back(art); });
         EXPECT_FALSE(trace.graph);
-        const auto art_of = [&](std::int32_t region) -> const RPOutlineArt& {
-            return static_cast<const RPOutlineArt&>(*trace.regions[static_cast<std::size_t>(region)].art);
-        };
-        for (const RPRegion& region : trace.regions) {
+        ASSERT_EQ(arts.size(), regions.size());
+        const auto art_of = [&](std::int32_t region) -> const RPOutlineArt& { return arts[static_cast<std::size_t>(region)]; };
+        for (const RPRegion& region : regions) {
             ASSERT_EQ(art_of(region.index).outer.size(), 1U);
             ASSERT_EQ(art_of(region.index).holes.size(), static_cast<std::size_t>(region.hole_count));
             std::size_t place = 0;
@@ -203,6 +206,23 @@ TEST(AutoTrace, NeighboursShareTheirCurves) {
         }
     }
     EXPECT_GT(compared, 10);
+}
+
+TEST(AutoTrace, MemoryFollowsTheOutlines) {
+    constexpr std::int32_t kSide = 256;
+    constexpr std::int64_t kNoLimit = std::int64_t{1} << 40;
+    const auto peak_of =
+        [&](std::int32_t every) {  // pixels by turns set and clear in two rows of so many, which hold most there is
+            std::vector<Argb> pixels(std::size_t{kSide} * kSide, {255, 0, 0, 0});
+            for (std::int32_t i = 0; i < kSide * kSide; ++i) {
+                const std::int32_t x = i % kSide, y = i / kSide, row = (y + every / 2 + 1) % every;
+                if (row < 2 && (x + y) % 2 == 0) pixels[static_cast<std::size_t>(i)] = {255, 255, 255, 255};
+            }
+            const auto world = WorldOf(kSide, kSide, pixels);
+            return support::MemoryPeakOf([&] { Traced(*world); }, kNoLimit) / (kSide * kSide);
+        };
+    EXPECT_LE(peak_of(2), 230);  // bytes a pixel
+    EXPECT_LE(peak_of(16), 50);
 }
 
 TEST(AutoTrace, WhatCannotBeTracedIsRefused) {
@@ -249,7 +269,7 @@ TEST(AutoTrace, WhatCannotBeTracedIsRefused) {
     EXPECT_EQ(ThrownInt([&] { VRLp_ShapeGenerator(&trace, narrow); }), kBrokenInvariant);
     VRLp_TraceOptions skipping = options;
     skipping.skip_outlines = 1;
-    const VRLp_ShapeGenerator generator(&trace, skipping);
+    VRLp_ShapeGenerator generator(&trace, skipping);
     EXPECT_TRUE(trace.graph);
     VRLp_CreateShapes(generator, shapes);  // no art, no shapes
     EXPECT_EQ(shapes.size(), 1U);
