@@ -206,7 +206,7 @@ RPTrace TraceOf(const GW_World& world) {
 
 void StageTrace(benchmark::State& state, const Bitmap& bitmap) {
     const auto world = WorldOf(bitmap);
-    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(TraceOf(*world).regions.data());
+    for ([[maybe_unused]] auto _ : state) benchmark::DoNotOptimize(TraceOf(*world).graph.get());
 }
 
 void StageTraceAndMerge(benchmark::State& state, const Bitmap& bitmap) {
