@@ -19,7 +19,9 @@ using HermiteSums = CFCurveEquations::HermiteSums;
 
 constexpr float kControlFactor = 1.0F / 3.0F;  // of an end derivative: the way from the end to its handle
 
-/// The sums over a run of points, few enough to add up in float.
+/// The sums over a run of points, few enough to add up in float: each lane adds four products, by which its sum is off by no more
+/// than 3 * 2^-24 times their sizes, about as much as the products themselves are and whatever the number of runs; the equations
+/// keep the sums as floats anyway. Added in double, whole traces take 1 % more instructions and fitting 2 to 5 % more time.
 struct RunSums {
     /// Adds points at parameters `t` that lie (x, y) from P0.
     void Add(Lanes t, Lanes x, Lanes y, CFPoint chord);
