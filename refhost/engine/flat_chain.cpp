@@ -2,11 +2,16 @@
 
 #include <cmath>
 
+#include "refhost/engine/coincidence.h"
 #include "refhost/engine/parallel_curve.h"
 
 namespace refhost {
 namespace {
 
+constexpr int kChordRounds = 16;
+constexpr double kChordSettled = 1e-4;  // pixels along the chord
+
+FlatChain Cut(const FlatChain& flat, std::span<const Touch> touches);
 std::int32_t RoundedDown(double value);
 
 /// Adds the segments of one piece after the other.
@@ -34,9 +39,75 @@ class Flattener {
 
 FlatChain Flatten(const OffsetChain& chain, double tolerance) { return Flattener(chain, tolerance).Flatten(); }
 
+void AlignTouchingSides(const OffsetChain& chain, double tolerance, double nearness, FlatChain& flat) {
+    std::vector<std::uint32_t> candidates;
+    for (std::uint32_t i = 0; i < flat.segments.size(); ++i) {
+        if (!chain.pieces[flat.sources[i].piece].lone) candidates.push_back(i);
+    }
+    const std::vector<Touch> touches =
+        FindTouches(flat.segments, candidates, (tolerance + nearness) * kGridUnitsPerPixel, [&](std::uint32_t i, GridPoint p) {
+            const double t = ParameterAt(chain, flat, i, p);
+            return Distance(chain.pieces[flat.sources[i].piece].At(t), FromGrid(p)) <= nearness ? t : -1;
+        });
+    if (!touches.empty()) flat = Cut(flat, touches);
+}
+
+// The speed of a parallel changes quickly near a cusp, so the share of the chord is only the first guess; false position, halving
+// the value of the end that stays, finds the parameter.
+double ParameterAt(const OffsetChain& chain, const FlatChain& flat, std::uint32_t segment, GridPoint p) {
+    const GridSegment& s = flat.segments[segment];
+    const SegmentSource& source = flat.sources[segment];
+    if (p == s.from) return source.from;
+    if (p == s.to) return source.to;
+    const ChainPiece& piece = chain.pieces[source.piece];
+    const Point target = FromGrid(p);
+    const Point span = FromGrid(s.to) - FromGrid(s.from);
+    double low = source.from, high = source.to;
+    double short_of = Dot(FromGrid(s.from) - target, span);  // negative at `low`
+    double beyond = Dot(FromGrid(s.to) - target, span);      // positive at `high`
+    const double settled = kChordSettled * Length(span);
+    double t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
+    for (int round = 0; round < kChordRounds && !piece.straight; ++round) {
+        const double ahead = Dot(piece.At(t) - target, span);
+        if (std::abs(ahead) < settled) break;
+        if (ahead < 0) {
+            low = t;
+            short_of = ahead;
+            beyond *= 0.5;
+        } else {
+            high = t;
+            beyond = ahead;
+            short_of *= 0.5;
+        }
+        t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
+    }
+    return t;
+}
+
 GridPoint ToGrid(Point p) { return {RoundedDown(p.x * kGridUnitsPerPixel + 0.5), RoundedDown(p.y * kGridUnitsPerPixel + 0.5)}; }
 
 namespace {
+
+FlatChain Cut(const FlatChain& flat, std::span<const Touch> touches) {
+    FlatChain result;
+    result.segments.reserve(flat.segments.size() + touches.size());
+    result.sources.reserve(flat.segments.size() + touches.size());
+    auto touch = touches.begin();
+    for (std::uint32_t i = 0; i < flat.segments.size(); ++i) {
+        GridSegment rest = flat.segments[i];
+        SegmentSource source = flat.sources[i];
+        for (; touch != touches.end() && touch->segment == i; ++touch) {
+            if (touch->at == rest.from || touch->at == rest.to) continue;
+            result.segments.push_back({rest.from, touch->at});
+            result.sources.push_back({source.piece, source.scaffold, source.from, touch->parameter});
+            rest.from = touch->at;
+            source.from = touch->parameter;
+        }
+        result.segments.push_back(rest);
+        result.sources.push_back(source);
+    }
+    return result;
+}
 
 // The library's own floor is a call where the processor has no instruction for it.
 std::int32_t RoundedDown(double value) {
@@ -50,10 +121,10 @@ FlatChain Flattener::Flatten() {
     flat_.sources.reserve(6 * chain_.pieces.size());
     std::uint32_t index = 0;
     for (std::size_t loop = 0; loop < chain_.LoopCount(); ++loop) {
-        const GridPoint first = ToGrid(chain_.pieces[index].Start());
+        const GridPoint first = ToGrid(chain_.pieces[index].At(0));
         last_ = first;
         for (; index < chain_.loop_ends[loop]; ++index) {
-            AppendPiece(index, index + 1 < chain_.loop_ends[loop] ? ToGrid(chain_.pieces[index + 1].Start()) : first);
+            AppendPiece(index, index + 1 < chain_.loop_ends[loop] ? ToGrid(chain_.pieces[index + 1].At(0)) : first);
         }
     }
     return std::move(flat_);

@@ -28,6 +28,13 @@ struct FlatChain {
 /// Chords of all pieces, each within `tolerance` pixels of its piece before rounding to the grid.
 FlatChain Flatten(const OffsetChain& chain, double tolerance);
 
+/// Leads sides that run along each other through the same grid points (see `FindTouches`): sides no more than `nearness`
+/// pixels apart. `tolerance` is that of `Flatten`. Pieces marked as lone touch nothing.
+void AlignTouchingSides(const OffsetChain& chain, double tolerance, double nearness, FlatChain& flat);
+
+/// Where the piece behind a segment passes a point near that segment, as seen along the segment.
+double ParameterAt(const OffsetChain& chain, const FlatChain& flat, std::uint32_t segment, GridPoint p);
+
 GridPoint ToGrid(Point p);
 inline Point FromGrid(GridPoint p) { return {p.x / kGridUnitsPerPixel, p.y / kGridUnitsPerPixel}; }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "refhost/engine/arrangement.h"
+#include "refhost/engine/coincidence.h"
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/flat_chain.h"
 #include "refhost/engine/rebuild.h"
@@ -28,7 +29,7 @@ struct Placement {
 
 void RequireUsable(const Outline& outline, double distance, double miter_limit);
 Placement PlacementFor(const Outline& outline, double reach);
-Outline Resolved(const Outline& outline);
+Outline Resolved(const Outline& outline, double touch);
 Outline Offset(Outline outline, double distance, JoinStyle style);
 Outline OffsetOnce(const Outline& outline, double distance, JoinStyle style, double tolerance);
 double MeanPieceLength(const Outline& outline);
@@ -43,7 +44,8 @@ std::vector<CurveContour> OffsetOutline(const PathView& path, double distance, O
     const JoinStyle style = {join, std::clamp(miter_limit, 1.0, kLongestMiter)};
     const double reach = std::abs(distance) * (join == OffsetJoin::kMiter ? style.miter_limit : 1);
     const Placement placement = PlacementFor(input, reach);
-    const Outline region = Resolved(Transformed(input, placement.shift, placement.scale));
+    const double touch = TouchDistance(placement.scale * LargestCoordinate(input));
+    const Outline region = Resolved(Transformed(input, placement.shift, placement.scale), touch);
     const Outline offset = Offset(region, distance * placement.scale, style);
     // Undoing the placement: p * scale + shift * scale back to p.
     return ToContours(Transformed(offset, -placement.scale * placement.shift, 1 / placement.scale));
@@ -74,10 +76,12 @@ Placement PlacementFor(const Outline& outline, double reach) {
     return {-centre, scale};
 }
 
-/// The outline of the nonzero-filled region: it winds once around every inside point and not at all around the others.
-Outline Resolved(const Outline& outline) {
+/// The outline of the nonzero-filled region: it winds once around every inside point and not at all around the others. Sides that
+/// are `touch` pixels apart or less have nothing between them.
+Outline Resolved(const Outline& outline, double touch) {
     const OffsetChain chain = ChainOf(Regularised(outline));
-    const FlatChain flat = Flatten(chain, kRegionTolerance);
+    FlatChain flat = Flatten(chain, kRegionTolerance);
+    AlignTouchingSides(chain, kRegionTolerance, touch, flat);
     const Boundary boundary = FindBoundary(flat.segments, WindingRule::kNonZero);
     return RebuildCurves(chain, flat, boundary, kRegionTolerance);
 }

@@ -28,7 +28,7 @@ void AppendArc(Point centre, Point start_normal, double radius, double angle, do
 
 }  // namespace
 
-Point ChainPiece::Start() const { return distance == 0 ? curve.p0 : ParallelPoint(curve, distance, 0); }
+Point ChainPiece::At(double t) const { return distance == 0 ? Evaluate(curve, t) : ParallelPoint(curve, distance, t); }
 
 OffsetChain ChainOf(const Outline& outline) {
     OffsetChain chain;

@@ -20,7 +20,7 @@ struct ChainPiece {
     double distance;    // of the parallel; 0: the curve itself
     bool lone = false;  // its chord is enough to find what it crosses: nothing
 
-    Point Start() const;
+    Point At(double t) const;  // of the curve, or of its exact parallel
 };
 
 using OffsetChain = PieceLoops<ChainPiece>;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kShortPiece = 1e-4;    // pixels; a piece whose control points stay this close together is dropped
 constexpr double kShortHandle = 2e-3;   // pixels; the direction of a shorter control leg is noise of single-precision input
-constexpr double kStraightness = 1e-4;  // pixels a control point of a straight piece may lie beside its chord
+constexpr double kStraightness = 1e-4;  // pixels a control point of a straight piece may lie beside the line through its ends
 constexpr double kCuspSpeed = 1e-3;     // of the control polygon's length; a slower interior point is treated as a cusp
 
 /// Collects the subpaths of an engine path.
@@ -185,16 +185,13 @@ bool MovesAhead(const Cubic& c, double slow) {
 
 double ControlLength(const Cubic& c) { return Distance(c.p0, c.p1) + Distance(c.p1, c.p2) + Distance(c.p2, c.p3); }
 
+// Wherever on the line the controls are: a part beyond the ends is run out and back, and encloses nothing.
 bool LooksStraight(const Cubic& c) {
     const Point chord = c.p3 - c.p0;
     const double length = Length(chord);
     if (length < kShortPiece) return false;
-    const auto is_on_chord = [&](Point p) {
-        const double along = Dot(p - c.p0, chord);
-        return std::abs(Cross(p - c.p0, chord)) <= kStraightness * length && along >= -kStraightness * length &&
-               along <= (length + kStraightness) * length;
-    };
-    return is_on_chord(c.p1) && is_on_chord(c.p2);  // inside the span the curve cannot turn back, whatever their order
+    const auto is_on_line = [&](Point p) { return std::abs(Cross(p - c.p0, chord)) <= kStraightness * length; };
+    return is_on_line(c.p1) && is_on_line(c.p2);
 }
 
 Cubic WithoutTinyHandles(Cubic c) {

@@ -17,8 +17,6 @@ constexpr double kScaffoldShare = 0.2;  // of a loop's length; true loops have n
 constexpr double kParallel = 1e-4;      // sine of the angle between curves that do not count as crossing
 constexpr double kSamePoint = 1e-6;     // pixels
 constexpr int kNewtonRounds = 8;
-constexpr int kChordRounds = 8;
-constexpr double kChordSettled = 1e-3;  // of the chord's length; near enough to start from
 
 /// Consecutive boundary edges along one piece.
 struct Run {
@@ -44,7 +42,6 @@ class LoopRebuilder {
  private:
     void CollectRuns(std::span<const BoundaryEdge> loop);
     bool Continues(const BoundaryEdge& edge, const BoundaryEdge& next) const;
-    double ParameterAt(std::uint32_t segment, GridPoint p) const;
     bool IsRoundingSliver() const;
     void DropAccidentalRuns();
     Junction Connect(Run& before, Run& after) const;
@@ -60,7 +57,6 @@ class LoopRebuilder {
 };
 
 bool AreSameStretch(const SegmentSource& a, const SegmentSource& b) { return a.piece == b.piece && a.scaffold == b.scaffold; }
-Point PointOn(const ChainPiece& piece, double t);
 Point DerivativeOn(const ChainPiece& piece, double t);
 bool IsPieceEnd(double t) { return t == 0 || t == 1; }
 double GridLength(GridPoint a, GridPoint b);
@@ -109,10 +105,11 @@ void LoopRebuilder::CollectRuns(std::span<const BoundaryEdge> loop) {
         const BoundaryEdge& next = loop[i_next];
         if (!continues) {
             const SegmentSource& source = flat_.sources[edge.segment];
-            runs_.push_back({source.piece, source.scaffold, ParameterAt(edge.segment, edge.from), 0, edge.from, 0});
+            runs_.push_back(
+                {source.piece, source.scaffold, ParameterAt(chain_, flat_, edge.segment, edge.from), 0, edge.from, 0});
         }
         continues = Continues(edge, next);
-        if (!continues) runs_.back().to = ParameterAt(edge.segment, next.from);
+        if (!continues) runs_.back().to = ParameterAt(chain_, flat_, edge.segment, next.from);
         runs_.back().length += GridLength(edge.from, next.from);
         i = i_next;
     }
@@ -127,38 +124,6 @@ bool LoopRebuilder::Continues(const BoundaryEdge& edge, const BoundaryEdge& next
     if (next.segment != neighbour || !AreSameStretch(flat_.sources[edge.segment], flat_.sources[neighbour])) return false;
     const GridSegment& s = flat_.segments[edge.segment];
     return next.from == (edge.reversed ? s.from : s.to);
-}
-
-// Where the piece passes the point, as seen along the chord. The speed of a parallel changes quickly near a cusp, so the share of
-// the chord is only the first guess; false position, halving the value of the end that stays, finds the parameter.
-double LoopRebuilder::ParameterAt(std::uint32_t segment, GridPoint p) const {
-    const GridSegment& s = flat_.segments[segment];
-    const SegmentSource& source = flat_.sources[segment];
-    if (p == s.from) return source.from;
-    if (p == s.to) return source.to;
-    const ChainPiece& piece = chain_.pieces[source.piece];
-    const Point target = FromGrid(p);
-    const Point span = FromGrid(s.to) - FromGrid(s.from);
-    double low = source.from, high = source.to;
-    double short_of = Dot(FromGrid(s.from) - target, span);  // negative at `low`
-    double beyond = Dot(FromGrid(s.to) - target, span);      // positive at `high`
-    const double settled = kChordSettled * Dot(span, span);
-    double t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
-    for (int round = 0; round < kChordRounds && !piece.straight; ++round) {
-        const double ahead = Dot(PointOn(piece, t) - target, span);
-        if (std::abs(ahead) < settled) break;
-        if (ahead < 0) {
-            low = t;
-            short_of = ahead;
-            beyond *= 0.5;
-        } else {
-            high = t;
-            beyond = ahead;
-            short_of *= 0.5;
-        }
-        t = low + (high - low) * std::clamp(short_of / (short_of - beyond), 0.0, 1.0);
-    }
-    return t;
 }
 
 // Where a swept strip is thinner than the rounding of its corners it may turn over, which can leave a slit with a scaffold along
@@ -182,8 +147,8 @@ void LoopRebuilder::DropAccidentalRuns() {
 
 Junction LoopRebuilder::Connect(Run& before, Run& after) const {
     if (!IsPieceEnd(before.to) || !IsPieceEnd(after.from)) MoveToCrossing(before, after);
-    const Point end = PointOn(PieceOf(before), before.to);
-    const Point start = PointOn(PieceOf(after), after.from);
+    const Point end = PieceOf(before).At(before.to);
+    const Point start = PieceOf(after).At(after.from);
     if (Distance(end, start) > kWeldDistance) return {end, start};
     const Point middle = Lerp(end, start, 0.5);
     return {middle, middle};
@@ -198,7 +163,7 @@ bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
     double v = after.from;
     double sine = 1;
     for (int round = 0; round < kNewtonRounds; ++round) {
-        const Point gap = PointOn(b, v) - PointOn(a, u);
+        const Point gap = b.At(v) - a.At(u);
         if (round > 0 && Length(gap) < kSamePoint) break;
         const Point du = DerivativeOn(a, u);
         const Point dv = DerivativeOn(b, v);
@@ -208,8 +173,8 @@ bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
         u = std::clamp(u + Cross(gap, dv) / determinant, 0.0, 1.0);
         v = std::clamp(v + Cross(gap, du) / determinant, 0.0, 1.0);
     }
-    const Point crossing = PointOn(a, u);
-    const bool has_converged = Distance(crossing, PointOn(b, v)) < kSamePoint;
+    const Point crossing = a.At(u);
+    const bool has_converged = Distance(crossing, b.At(v)) < kSamePoint;
     const double reach = std::min(kCrossingReach * tolerance_ / sine, kLongestReach);
     const bool is_near = Distance(crossing, FromGrid(after.start)) < reach;
     const bool keeps_direction = (u > before.from) == (before.to > before.from) && (after.to > v) == (after.to > after.from);
@@ -231,10 +196,6 @@ void LoopRebuilder::AppendRun(const Run& run, Point start, Point end, Outline& r
     }
     MoveStart(result.pieces[first], start);
     MoveEnd(result.pieces.back(), end);
-}
-
-Point PointOn(const ChainPiece& piece, double t) {
-    return piece.distance == 0 ? Evaluate(piece.curve, t) : ParallelPoint(piece.curve, piece.distance, t);
 }
 
 Point DerivativeOn(const ChainPiece& piece, double t) {

@@ -4,8 +4,10 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
 
 #include "refhost/engine/arrangement.h"
+#include "refhost/engine/coincidence.h"
 #include "refhost/engine/flat_chain.h"
 
 namespace refhost {
@@ -23,15 +25,25 @@ struct ResolvedOutline {
     std::vector<std::size_t> loop_ends;  // one past the last strip of each loop, increasing
 };
 
-ResolvedOutline WithoutOverlap(std::span<const OutlineStrip> loop);
-OutlineStrip PartOf(const OutlineStrip& strip, const GridSegment& segment, GridPoint from, GridPoint to, bool reversed);
+/// The chords of strips, or parts of them, as a closed chain.
+struct StripChain {
+    std::vector<GridSegment> segments;
+    std::vector<std::uint32_t> strips;  // per segment
+};
+
+ResolvedOutline WithoutOverlap(std::span<const OutlineStrip> loop, double touch);
+StripChain ChainOf(std::span<const OutlineStrip> loop);
+GridSegment ChordOf(std::span<const OutlineStrip> loop, std::size_t strip);
+StripChain WithTouchingSidesAligned(const StripChain& chain, double touch);
+double ShareAt(const GridSegment& segment, GridPoint p);
+OutlineStrip PartOf(const OutlineStrip& strip, const GridSegment& chord, GridPoint from, GridPoint to, bool reversed);
 double Reach(const Station& station);
 Point Turned(Point p, double angle);
 
 }  // namespace
 
-VariableOffset::VariableOffset(std::span<const OutlineStrip> loop) {
-    const ResolvedOutline outline = WithoutOverlap(loop);
+VariableOffset::VariableOffset(std::span<const OutlineStrip> loop, double touch) {
+    const ResolvedOutline outline = WithoutOverlap(loop, touch);
     std::size_t begin = 0;
     for (const std::size_t end : outline.loop_ends) {
         AppendLoop(std::span(outline.strips).subspan(begin, end - begin));
@@ -123,38 +135,72 @@ void VariableOffset::Append(const Spoke& spoke) {
 
 namespace {
 
-ResolvedOutline WithoutOverlap(std::span<const OutlineStrip> loop) {
-    std::vector<GridSegment> segments;
-    std::vector<const OutlineStrip*> sources;
-    for (std::size_t i = 0; i < loop.size(); ++i) {
-        // To where the next one starts: the two places may differ in the last bit, and chains must close.
-        const GridSegment segment = {ToGrid(loop[i].start.at), ToGrid(loop[(i + 1) % loop.size()].start.at)};
-        if (segment.from == segment.to) continue;
-        segments.push_back(segment);
-        sources.push_back(&loop[i]);
-    }
-    const Boundary boundary = FindBoundary(segments, WindingRule::kNonZero);
+ResolvedOutline WithoutOverlap(std::span<const OutlineStrip> loop, double touch) {
+    const StripChain whole = ChainOf(loop);
+    const StripChain chain = WithTouchingSidesAligned(whole, touch);
+    const Boundary boundary = FindBoundary(chain.segments, WindingRule::kNonZero);
     ResolvedOutline outline = {{}, boundary.loop_ends};
     std::size_t begin = 0;
     for (const std::size_t end : boundary.loop_ends) {
         for (std::size_t i = begin; i < end; ++i) {
             const BoundaryEdge& edge = boundary.edges[i];
             const GridPoint to = boundary.edges[i + 1 < end ? i + 1 : begin].from;
-            outline.strips.push_back(PartOf(*sources[edge.segment], segments[edge.segment], edge.from, to, edge.reversed));
+            const std::uint32_t strip = chain.strips[edge.segment];
+            outline.strips.push_back(PartOf(loop[strip], ChordOf(loop, strip), edge.from, to, edge.reversed));
         }
         begin = end;
     }
     return outline;
 }
 
-OutlineStrip PartOf(const OutlineStrip& strip, const GridSegment& segment, GridPoint from, GridPoint to, bool reversed) {
+StripChain ChainOf(std::span<const OutlineStrip> loop) {
+    StripChain chain;
+    for (std::uint32_t i = 0; i < loop.size(); ++i) {
+        const GridSegment chord = ChordOf(loop, i);
+        if (chord.from == chord.to) continue;
+        chain.segments.push_back(chord);
+        chain.strips.push_back(i);
+    }
+    return chain;
+}
+
+// To where the next one starts: the two places may differ in the last bit, and chains must close.
+GridSegment ChordOf(std::span<const OutlineStrip> loop, std::size_t strip) {
+    return {ToGrid(loop[strip].start.at), ToGrid(loop[(strip + 1) % loop.size()].start.at)};
+}
+
+StripChain WithTouchingSidesAligned(const StripChain& chain, double touch) {
+    std::vector<std::uint32_t> all(chain.segments.size());
+    std::iota(all.begin(), all.end(), 0U);
+    const std::vector<Touch> touches = FindTouches(chain.segments, all, touch * kGridUnitsPerPixel,
+                                                   [&](std::uint32_t i, GridPoint p) { return ShareAt(chain.segments[i], p); });
+    StripChain aligned;
+    auto next = touches.begin();
+    for (std::uint32_t i = 0; i < all.size(); ++i) {
+        GridPoint from = chain.segments[i].from;
+        const auto append_to = [&](GridPoint to) {
+            if (from == to) return;
+            aligned.segments.push_back({from, to});
+            aligned.strips.push_back(chain.strips[i]);
+            from = to;
+        };
+        for (; next != touches.end() && next->segment == i; ++next) append_to(next->at);
+        append_to(chain.segments[i].to);
+    }
+    return aligned;
+}
+
+double ShareAt(const GridSegment& segment, GridPoint p) {
     const Point origin = FromGrid(segment.from);
     const Point chord = FromGrid(segment.to) - origin;
+    return std::clamp(Dot(FromGrid(p) - origin, chord) / Dot(chord, chord), 0.0, 1.0);
+}
+
+OutlineStrip PartOf(const OutlineStrip& strip, const GridSegment& chord, GridPoint from, GridPoint to, bool reversed) {
     const auto station_at = [&](GridPoint p) -> Station {
-        const Point at = FromGrid(p);
-        const double t = std::clamp(Dot(at - origin, chord) / Dot(chord, chord), 0.0, 1.0);
+        const double t = ShareAt(chord, p);
         const Point normal = Unit(Lerp(strip.start.normal, strip.end.normal, t));
-        return {at, reversed ? -normal : normal, Lerp(strip.start.distance, strip.end.distance, t)};
+        return {FromGrid(p), reversed ? -normal : normal, Lerp(strip.start.distance, strip.end.distance, t)};
     };
     return {station_at(from), station_at(to)};
 }

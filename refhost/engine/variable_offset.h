@@ -50,9 +50,10 @@ inline constexpr double kContourTolerance = 0.05;
 class VariableOffset {
  public:
     /// `loop` is closed, runs in either direction, its normals on the right of it, and may cross itself: what it winds round is
-    /// filled. All of it and its contours lie within kLargestGridPixel of the origin.
+    /// filled. Between sides that are `touch` pixels apart or less there is nothing. All of it and its contours lie within
+    /// kLargestGridPixel of the origin.
     /// @throws std::bad_alloc
-    explicit VariableOffset(std::span<const OutlineStrip> loop);
+    VariableOffset(std::span<const OutlineStrip> loop, double touch);
 
     /// A contour as closed chains of lines.
     struct Ring {

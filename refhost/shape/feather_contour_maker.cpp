@@ -6,6 +6,7 @@
 
 #include "host/feather_contour.h"
 #include "host/services.h"
+#include "refhost/engine/coincidence.h"
 #include "refhost/engine/flat_chain.h"
 #include "refhost/engine/path_object.h"
 #include "refhost/services/status.h"
@@ -26,6 +27,7 @@ struct Placement {
     double scale_x;  // from the shape's space to the working space
     Point shift;
     double scale;
+    double touch;  // see `TouchDistance`
 
     Point FromShape(Point p) const { return FromWorkingSpace({p.x * scale_x, p.y}); }
     Point FromWorkingSpace(Point p) const { return {(p.x + shift.x) * scale, (p.y + shift.y) * scale}; }
@@ -106,7 +108,7 @@ void Prepare(const DY_Shape& shape, double scale_x, float expansion, State& stat
     for (FeatherKnot& knot : knots) knot.radius *= placement.scale;
     const auto strips = FeatherStrips(segments, knots, static_cast<double>(expansion) * placement.scale);
     state.canceler.Check();
-    state.offset.emplace(strips);
+    state.offset.emplace(strips, placement.touch);
 }
 
 /// Reports and throws kStatusBadArgument for an outline or a reach that leaves the plane.
@@ -131,7 +133,8 @@ Placement PlacementFor(const std::vector<refhost::Cubic>& curves, double scale_x
     double extent = std::max(bounds.right - bounds.left, bounds.bottom - bounds.top) + reach + 1;
     double scale = 1;
     for (; extent > refhost::kLargestGridPixel; extent *= 0.5) scale *= 0.5;
-    return Placement{scale_x, -centre, scale};
+    const double largest = std::max({-bounds.left, -bounds.top, bounds.right, bounds.bottom});
+    return Placement{scale_x, -centre, scale, refhost::TouchDistance(largest * scale)};
 }
 
 DY_ContourResults ResultFor(const Polygons& contour, const PlaneBox& clip) {

@@ -167,6 +167,29 @@ TEST(FeatherContour, OneRadiusGivesTheExactOffset) {
     }
 }
 
+// Sides that cover each other enclose nothing: no contour goes round them, however their points are rounded.
+TEST(FeatherContour, PartsWithoutWidthDecideNothing) {
+    const Outline plain = support::Polygon({{-64, -64}, {64, -64}, {64, 64}, {-64, 64}});
+    Outline overshoot, spurs;
+    overshoot.Move(-64, -64).Curve(-100, -64, 140, -64, 64, -64).Line(64, 64).Line(-64, 64).Close();
+    spurs.Move(-64, -64).Line(0, -64).Line(9, -96).Line(3, -74.66666).Line(0, -64).Line(64, -64).Line(64, 64);
+    spurs.Line(8, 64).Line(0, 0).Line(6, 48).Line(8, 64).Line(-64, 64).Close();
+    for (int i = 0; i < 60; ++i) {
+        const auto contour_at = [&](const Outline& path, float radius) {
+            const auto shape = ShapeOf(path.Turned(0.1051 * i, 300, 10 * i * i), {{0, radius}});
+            return Contour(DY_FeatherContourMaker(shape.get(), 1, kCounting, 0), radius > 0 ? 1 : 0);
+        };
+        for (const float radius : {-9.0F, 9.0F}) {
+            const Contour expected = contour_at(plain, radius);
+            for (const Outline& path : {overshoot, spurs}) {
+                const Contour contour = contour_at(path, radius);
+                for (const auto& line : contour.Lines()) ASSERT_LE(expected.Distance(line.from), 0.1) << "angle " << i;
+                for (const auto& line : expected.Lines()) ASSERT_LE(contour.Distance(line.from), 0.1) << "angle " << i;
+            }
+        }
+    }
+}
+
 // A circle is passed at even speed, so its contours are polar curves that can be written down: in the working space of aspect 2,
 // too.
 TEST(FeatherContour, RadiiChangeEvenlyInArcLengthRoundTheSeam) {

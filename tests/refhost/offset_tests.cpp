@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <random>
 
@@ -86,6 +87,67 @@ TEST(Offset, TenThousandRandomPathsNeverOverlapThemselves) {
         const double distance = random() % 2 == 0 ? size : -size;
         const auto join = static_cast<OffsetJoin>(random() % 3);
         ASSERT_EQ(CountOverlaps(OffsetOutline(path.View(), distance, join, 4)), 0) << "seed " << seed;
+    }
+}
+
+/// The largest distance of a point on one of the outlines from the other one.
+double Apart(const std::vector<CurveContour>& a, const std::vector<CurveContour>& b) {
+    const SegmentField one(Chords(a, 0.005)), other(Chords(b, 0.005));
+    double apart = 0;
+    for (const auto& [from, to] : {std::pair(&one, &other), std::pair(&other, &one)}) {
+        for (const SegmentField::Segment& s : from->Segments())
+            apart = std::max({apart, to->NearestDistance(s.from), to->NearestDistance(Lerp(s.from, s.to, 0.5))});
+    }
+    return apart;
+}
+
+// Sides that cover each other enclose nothing, however single precision rounds their points. Some of these were taken for spikes
+// or slits at every third angle, and grown by the whole distance.
+TEST(Offset, PartsWithoutWidthDecideNothing) {
+    using Draw = std::function<void(Outline&)>;
+    const auto square = [](const Draw& draw) {
+        Outline path;
+        path.Move(-64, -64);
+        draw(path);
+        return path.Line(64, -64).Line(64, 64).Line(-64, 64).Close();
+    };
+    const Outline plain = square([](Outline&) {});
+    const Outline hole = Square(-64, -64, 128).Append(Square(-32, -32, 64).Reversed());
+    const Outline pair = Square(-64, -64, 64).Append(Square(32, 0, 64));
+    const std::tuple<const char*, Outline, Outline> cases[] = {
+        {"handles beyond the end", square([](Outline& p) { p.Curve(100, -64, 140, -64, 64, -64); }), plain},
+        {"handles behind the start", square([](Outline& p) { p.Curve(-100, -64, -90, -64, 64, -64); }), plain},
+        {"handles beyond both", square([](Outline& p) { p.Curve(-104, -64, 104, -64, 64, -64); }), plain},
+        {"out and back in one", square([](Outline& p) { p.Line(64, -64).Curve(96, -96, 88, -88, 64, -64); }), plain},
+        {"in and back in one", square([](Outline& p) { p.Line(0, -64).Curve(16, 16, 8, -24, 0, -64); }), plain},
+        {"line out", square([](Outline& p) { p.Line(0, -64).Line(9, -96).Line(3, -74.66666).Line(0, -64); }), plain},
+        {"bent line in",
+         square([](Outline& p) { p.Line(0, -64).Line(8, -32).Line(-8, 0).Line(4, -24).Line(8, -32).Line(2, -56).Line(0, -64); }),
+         plain},
+        {"curve out, back in halves", square([](Outline& p) {
+             p.Line(64, -64)
+                 .Curve(72, -64, 96, -80, 104, -104)
+                 .Curve(100, -92, 92, -82, 84, -75)
+                 .Curve(76, -68, 68, -64, 64, -64);
+         }),
+         plain},
+        {"cut to a hole", square([](Outline& p) {
+             p.Line(-32, -64).Line(-32, -32).Line(-32, 32).Line(32, 32).Line(32, -32).Line(-32, -32).Line(-32, -43).Line(-32,
+                                                                                                                         -64);
+         }),
+         hole},
+        {"squares along one line", Polygon({{-64, -64}, {0, -64}, {0, 0}, {96, 0}, {96, 64}, {32, 64}, {32, 0}, {-64, 0}}),
+         pair}};
+    for (const auto& [name, with, without] : cases) {
+        for (int i = 0; i < 60; ++i) {
+            for (const double distance : {-5.0, -0.5, 5.0}) {
+                const auto join = static_cast<OffsetJoin>(i % 3);
+                const auto offset = [&](const Outline& path) {
+                    return OffsetOutline(path.Turned(0.1051 * i, 300, 10 * i * i).View(), distance, join, 4);
+                };
+                ASSERT_LE(Apart(offset(with), offset(without)), 0.05) << name << ", angle " << i << ", by " << distance;
+            }
+        }
     }
 }
 

@@ -72,11 +72,16 @@ Outline Outline::Reversed() const {
     return reversed;
 }
 
-Outline Outline::Shifted(double x, double y) const {
-    Outline shifted = *this;
-    for (auto& point : shifted.points)
-        point = {NarrowToFloat(static_cast<double>(point.x) + x), NarrowToFloat(static_cast<double>(point.y) + y)};
-    return shifted;
+Outline Outline::Shifted(double x, double y) const { return Turned(0, x, y); }
+
+Outline Outline::Turned(double angle, double x, double y) const {
+    Outline turned = *this;
+    for (auto& point : turned.points) {
+        const Point p = {static_cast<double>(point.x), static_cast<double>(point.y)};
+        point = {NarrowToFloat(p.x * std::cos(angle) - p.y * std::sin(angle) + x),
+                 NarrowToFloat(p.x * std::sin(angle) + p.y * std::cos(angle) + y)};
+    }
+    return turned;
 }
 
 std::size_t Outline::VertexCount() const {

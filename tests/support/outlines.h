@@ -23,6 +23,8 @@ class Outline {
     /// The same outline run through the other way; every subpath ends closed.
     Outline Reversed() const;
     Outline Shifted(double x, double y) const;
+    /// Turned round the origin, then shifted.
+    Outline Turned(double angle, double x, double y) const;
     /// Segments of the path: what a result's vertex count is compared with.
     std::size_t VertexCount() const;
 
