@@ -15,6 +15,9 @@ struct Cubic {
 /// A straight leg as a cubic whose parameter runs evenly along it.
 inline Cubic LineAsCubic(Point from, Point to) { return {from, Lerp(from, to, 1.0 / 3), Lerp(from, to, 2.0 / 3), to}; }
 
+/// Length of the control polygon: the curve is no longer.
+inline double ControlLength(const Cubic& c) { return Distance(c.p0, c.p1) + Distance(c.p1, c.p2) + Distance(c.p2, c.p3); }
+
 inline Point Evaluate(const Cubic& c, double t) {
     const double s = 1 - t;
     return s * s * s * c.p0 + 3 * s * s * t * c.p1 + 3 * s * t * t * c.p2 + t * t * t * c.p3;

@@ -7,6 +7,7 @@
 #include "refhost/engine/coincidence.h"
 #include "refhost/engine/engine_error.h"
 #include "refhost/engine/flat_chain.h"
+#include "refhost/engine/idle_vertices.h"
 #include "refhost/engine/rebuild.h"
 
 namespace refhost {
@@ -45,8 +46,8 @@ std::vector<CurveContour> OffsetOutline(const PathView& path, double distance, O
     const double reach = std::abs(distance) * (join == OffsetJoin::kMiter ? style.miter_limit : 1);
     const Placement placement = PlacementFor(input, reach);
     const double touch = TouchDistance(placement.scale * LargestCoordinate(input));
-    const Outline region = Resolved(Transformed(input, placement.shift, placement.scale), touch);
-    const Outline offset = Offset(region, distance * placement.scale, style);
+    const Outline region = WithoutIdleVertices(Resolved(Transformed(input, placement.shift, placement.scale), touch), touch);
+    const Outline offset = WithoutIdleVertices(Offset(region, distance * placement.scale, style), touch);
     // Undoing the placement: p * scale + shift * scale back to p.
     return ToContours(Transformed(offset, -placement.scale * placement.shift, 1 / placement.scale));
 }

@@ -18,6 +18,7 @@ constexpr double kPi = std::numbers::pi;
 constexpr double kSmallGap = 0.01;            // pixels; parallels that end this close to each other need no join
 constexpr double kReversalSine = 0.1;         // a turn this close to 180 degrees has no reliable sign
 constexpr double kQuarterArcError = 2.73e-4;  // of the radius: deviation of the usual cubic for a quarter circle
+constexpr double kSpareArc = 1e-3;            // of the largest arc: right angles are rounded, and need no second one
 
 void AppendOffsetLoop(std::span<const CurvePiece> loop, double distance, JoinStyle style, double tolerance, OffsetChain& chain);
 void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
@@ -109,7 +110,7 @@ double RoundJoinAngle(Point before, Point after, double turn, double distance) {
 void AppendArc(Point centre, Point start_normal, double radius, double angle, double tolerance, std::vector<ChainPiece>& out) {
     const double quarter_error = std::abs(radius) * kQuarterArcError;
     const double largest = 0.5 * kPi * (quarter_error <= tolerance ? 1 : std::pow(tolerance / quarter_error, 1.0 / 6));
-    const int count = std::max(1, static_cast<int>(std::ceil(std::abs(angle) / largest - 1e-9)));
+    const int count = std::max(1, static_cast<int>(std::ceil(std::abs(angle) / largest - kSpareArc)));
     const double step = angle / count;
     const double handle = 4.0 / 3 * std::tan(0.25 * step) * radius;
     Point normal = start_normal;

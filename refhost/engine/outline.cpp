@@ -35,7 +35,6 @@ class PathReader {
 void AppendRegularised(CurvePiece piece, Point& last, Outline& result);
 void AppendSplitAtCusps(const Cubic& curve, Outline& result);
 bool MovesAhead(const Cubic& curve, double slow);
-double ControlLength(const Cubic& curve);
 bool LooksStraight(const Cubic& curve);
 Cubic WithoutTinyHandles(Cubic curve);
 
@@ -182,8 +181,6 @@ bool MovesAhead(const Cubic& c, double slow) {
     const Point chord = c.p3 - c.p0;
     return std::min({Dot(c.p1 - c.p0, chord), Dot(c.p2 - c.p1, chord), Dot(c.p3 - c.p2, chord)}) > slow * Length(chord);
 }
-
-double ControlLength(const Cubic& c) { return Distance(c.p0, c.p1) + Distance(c.p1, c.p2) + Distance(c.p2, c.p3); }
 
 // Wherever on the line the controls are: a part beyond the ends is run out and back, and encloses nothing.
 bool LooksStraight(const Cubic& c) {

@@ -46,7 +46,6 @@ Point PointOf(WEX_Item item) { return {static_cast<double>(item.x), static_cast<
 Cubic WithoutTinyHandles(Cubic curve);
 double LargestDistance(std::span<const FeatherKnot> knots, double expansion);
 double ControlTurn(const Cubic& curve);
-double ControlLength(const Cubic& c) { return Distance(c.p0, c.p1) + Distance(c.p1, c.p2) + Distance(c.p2, c.p3); }
 void AppendStrips(const Part& part, const FeatherRadius& radius, double expansion, std::vector<OutlineStrip>& strips);
 Station StationAt(Point at, Point tangent, double radius, double expansion);
 

@@ -161,6 +161,64 @@ TEST(Offset, SmoothOutlinesKeepFewVertices) {
     }
 }
 
+/// Vertices between straight segments of one direction, and segments without length.
+std::size_t IdleVertices(const std::vector<CurveContour>& contours) {
+    std::size_t idle = 0;
+    for (const CurveContour& contour : contours) {
+        const std::size_t count = contour.segments.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            const CurveSegment& here = contour.segments[i];
+            const CurveSegment& next = contour.segments[(i + 1) % count];
+            const Point before = contour.segments[(i + count - 1) % count].end;
+            const Point in = here.end - before, out = next.end - here.end, chord = next.end - before;
+            idle += std::max({Length(in), Distance(before, here.control1), Distance(before, here.control2)}) < 1e-4;
+            idle += here.straight && next.straight && Dot(in, out) > 0 && std::abs(Cross(in, chord)) < 1e-4 * Length(chord);
+        }
+    }
+    return idle;
+}
+
+TEST(Offset, NoVertexCarriesNothing) {
+    const Outline plain = Polygon({{-64, -32}, {64, -32}, {64, 32}, {-64, 32}});
+    const Outline divided = Polygon(
+        {{0, -32}, {0, -32}, {21.33333, -32}, {64, -32}, {64, 7}, {64, 32}, {-64, 32}, {-64, -32}, {-63.9999, -32}, {-7, -32}});
+    for (int i = 0; i < 60; ++i) {
+        for (const Outline& path : {plain, divided}) {
+            const Outline turned = path.Turned(0.1051 * i, 300, 10 * i);
+            const auto count = [&](double distance, OffsetJoin join) {
+                return VertexCount(OffsetOutline(turned.View(), distance, join, 4));
+            };
+            EXPECT_EQ(count(7, OffsetJoin::kMiter), 4U) << i;
+            EXPECT_EQ(count(7, OffsetJoin::kBevel), 8U) << i;
+            EXPECT_EQ(count(7, kRound), 8U) << i;
+            for (const double distance : {0.0, -7.0}) EXPECT_EQ(count(distance, kRound), 4U) << i;
+        }
+    }
+    for (unsigned seed = 0; seed < 2000; ++seed) {
+        std::mt19937 random(seed);
+        const Outline path = RandomPath(random);
+        const double distance = std::uniform_real_distribution<double>(-30, 30)(random);
+        ASSERT_EQ(IdleVertices(OffsetOutline(path.View(), distance, static_cast<OffsetJoin>(random() % 3), 4)), 0U) << seed;
+    }
+}
+
+// A side that bends a little at each of its vertices loses most of them, and stays in place all the same.
+TEST(Offset, LongRowsOfAlmostStraightSidesDoNotDrift) {
+    constexpr int kSides = 20000;
+    constexpr double kRadius = 500;
+    std::vector<Point> corners;
+    for (int i = 0; i < kSides; ++i) {
+        const double angle = 2 * std::acos(-1.0) * i / kSides;
+        corners.push_back({kRadius * std::cos(angle), kRadius * std::sin(angle)});
+    }
+    const std::vector<CurveContour> result = OffsetOutline(Polygon(corners).View(), 0, kRound, 1);
+    EXPECT_LE(VertexCount(result), kSides / 4U);
+    for (const SegmentField::Segment& s : Chords(result, 0.001)) {
+        ASSERT_NEAR(Length(s.from), kRadius, 0.001);
+        ASSERT_NEAR(Length(Lerp(s.from, s.to, 0.5)), kRadius, 0.001);
+    }
+}
+
 TEST(Offset, JoinsOfASquareHaveTheAreasOfGeometry) {
     const Outline square = Square(10, 20, 100);
     const auto area = [&](double distance, OffsetJoin join, double limit) {
