@@ -19,31 +19,42 @@ class Flattener {
  public:
     Flattener(const OffsetChain& chain, double tolerance) : chain_(chain), tolerance_(tolerance) {}
 
-    FlatChain Flatten();
+    FlatChain Flatten(std::span<const Arc> arcs);
 
  private:
-    void AppendPiece(std::uint32_t index, GridPoint end);
+    void AppendArc(const Arc& arc, GridPoint end);
     void AppendEvenly(const Cubic& curve);
-    void AppendAdaptively(const ChainPiece& piece);
-    void LineTo(GridPoint to, double parameter);
+    void AppendAdaptively(const Cubic& curve, double distance);
+    void LineTo(GridPoint to, double share);
 
     const OffsetChain& chain_;
     double tolerance_;
     FlatChain flat_;
     GridPoint last_{};
+    Arc arc_{};
     SegmentSource source_{};
     std::vector<ParallelSample> samples_;
 };
 
 }  // namespace
 
-FlatChain Flatten(const OffsetChain& chain, double tolerance) { return Flattener(chain, tolerance).Flatten(); }
+FlatChain Flatten(const OffsetChain& chain, double tolerance) {
+    std::vector<Arc> arcs;
+    arcs.reserve(chain.pieces.size());
+    for (std::uint32_t i = 0; i < chain.pieces.size(); ++i) arcs.push_back({i, 0, 1, false});
+    return FlattenArcs(chain, arcs, tolerance);
+}
+
+FlatChain FlattenArcs(const OffsetChain& chain, std::span<const Arc> arcs, double tolerance) {
+    return Flattener(chain, tolerance).Flatten(arcs);
+}
 
 void AlignTouchingSides(const OffsetChain& chain, double tolerance, double nearness, FlatChain& flat) {
     std::vector<std::uint32_t> candidates;
     for (std::uint32_t i = 0; i < flat.segments.size(); ++i) {
-        if (!chain.pieces[flat.sources[i].piece].lone) candidates.push_back(i);
+        if (!flat.sources[i].lone) candidates.push_back(i);
     }
+    if (candidates.empty()) return;
     const std::vector<Touch> touches =
         FindTouches(flat.segments, candidates, (tolerance + nearness) * kGridUnitsPerPixel, [&](std::uint32_t i, GridPoint p) {
             const double t = ParameterAt(chain, flat, i, p);
@@ -99,7 +110,7 @@ FlatChain Cut(const FlatChain& flat, std::span<const Touch> touches) {
         for (; touch != touches.end() && touch->segment == i; ++touch) {
             if (touch->at == rest.from || touch->at == rest.to) continue;
             result.segments.push_back({rest.from, touch->at});
-            result.sources.push_back({source.piece, source.scaffold, source.from, touch->parameter});
+            result.sources.push_back({source.piece, source.scaffold, false, source.from, touch->parameter});
             rest.from = touch->at;
             source.from = touch->parameter;
         }
@@ -116,54 +127,61 @@ std::int32_t RoundedDown(double value) {
 }
 
 // A piece ends where the next one starts, so that loops close exactly even where two ends differ a little.
-FlatChain Flattener::Flatten() {
-    flat_.segments.reserve(6 * chain_.pieces.size());
-    flat_.sources.reserve(6 * chain_.pieces.size());
-    std::uint32_t index = 0;
-    for (std::size_t loop = 0; loop < chain_.LoopCount(); ++loop) {
-        const GridPoint first = ToGrid(chain_.pieces[index].At(0));
+FlatChain Flattener::Flatten(std::span<const Arc> arcs) {
+    flat_.segments.reserve(6 * arcs.size());
+    flat_.sources.reserve(6 * arcs.size());
+    const auto start_of = [&](const Arc& arc) { return ToGrid(chain_.pieces[arc.piece].At(arc.from)); };
+    std::size_t i = 0;
+    for (const std::size_t loop_end : chain_.loop_ends) {
+        const GridPoint first = start_of(arcs[i]);
         last_ = first;
-        for (; index < chain_.loop_ends[loop]; ++index) {
-            AppendPiece(index, index + 1 < chain_.loop_ends[loop] ? ToGrid(chain_.pieces[index + 1].At(0)) : first);
+        for (; i < arcs.size() && arcs[i].piece < loop_end; ++i) {
+            const bool ends_loop = i + 1 == arcs.size() || arcs[i + 1].piece >= loop_end;
+            AppendArc(arcs[i], ends_loop ? first : start_of(arcs[i + 1]));
         }
     }
     return std::move(flat_);
 }
 
-void Flattener::AppendPiece(std::uint32_t index, GridPoint end) {
-    const ChainPiece& piece = chain_.pieces[index];
+void Flattener::AppendArc(const Arc& arc, GridPoint end) {
+    const ChainPiece& piece = chain_.pieces[arc.piece];
     const std::size_t begin = flat_.segments.size();
-    source_ = {index, piece.scaffold, 0, 0};
-    const bool is_chord = piece.straight || piece.lone;
-    if (!is_chord && piece.distance == 0 && IsCalm(piece.curve)) {
-        AppendEvenly(piece.curve);
-    } else if (!is_chord) {
-        AppendAdaptively(piece);
+    arc_ = arc;
+    source_ = {arc.piece, piece.scaffold, arc.lone, arc.from, arc.from};
+    if (!piece.straight && !arc.lone) {
+        const Cubic curve = SubCurve(piece.curve, arc.from, arc.to);
+        if (piece.distance == 0 && IsCalm(curve)) {
+            AppendEvenly(curve);
+        } else {
+            AppendAdaptively(curve, piece.distance);
+        }
     }
     LineTo(end, 1);
-    if (flat_.segments.size() > begin) flat_.sources.back().to = 1;
+    if (flat_.segments.size() > begin) flat_.sources.back().to = arc.to;
 }
 
 void Flattener::AppendEvenly(const Cubic& curve) {
     const int steps = StepCount(curve, tolerance_);
     for (int k = 1; k < steps; ++k) {
-        const double t = static_cast<double>(k) / steps;
-        LineTo(ToGrid(Evaluate(curve, t)), t);
+        const double share = static_cast<double>(k) / steps;
+        LineTo(ToGrid(Evaluate(curve, share)), share);
     }
 }
 
 // Also for wild curves: a hook at the end of one, however small, decides which way the outline turns there.
-void Flattener::AppendAdaptively(const ChainPiece& piece) {
+void Flattener::AppendAdaptively(const Cubic& curve, double distance) {
     samples_.clear();
-    SampleClampedParallel(piece.curve, piece.distance, tolerance_, samples_);
+    SampleClampedParallel(curve, distance, tolerance_, samples_);
     for (std::size_t i = 1; i < samples_.size(); ++i) {
         source_.scaffold = samples_[i - 1].is_clamped || samples_[i].is_clamped;
         if (i + 1 < samples_.size()) LineTo(ToGrid(samples_[i].position), samples_[i].t);
     }
 }
 
-void Flattener::LineTo(GridPoint to, double parameter) {
+// To a point at a share of the arc.
+void Flattener::LineTo(GridPoint to, double share) {
     if (to == last_) return;
+    const double parameter = arc_.from + share * (arc_.to - arc_.from);
     source_.to = parameter;
     flat_.segments.push_back({last_, to});
     flat_.sources.push_back(source_);

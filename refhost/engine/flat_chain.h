@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "refhost/engine/arrangement.h"
+#include "refhost/engine/lone_arcs.h"
 #include "refhost/engine/offset_chain.h"
 
 namespace refhost {
@@ -15,6 +17,7 @@ inline constexpr double kLargestGridPixel = kLargestGridCoordinate / kGridUnitsP
 struct SegmentSource {
     std::uint32_t piece;
     bool scaffold;    // like the piece, or a stretch of it held back at the evolute
+    bool lone;        // nothing comes near it
     double from, to;  // parameters on the piece; a segment's `to` is the next one's `from`
 };
 
@@ -28,8 +31,11 @@ struct FlatChain {
 /// Chords of all pieces, each within `tolerance` pixels of its piece before rounding to the grid.
 FlatChain Flatten(const OffsetChain& chain, double tolerance);
 
+/// The same for the chain of an outline that is cut into `arcs`: single chords for the lone ones.
+FlatChain FlattenArcs(const OffsetChain& chain, std::span<const Arc> arcs, double tolerance);
+
 /// Leads sides that run along each other through the same grid points (see `FindTouches`): sides no more than `nearness`
-/// pixels apart. `tolerance` is that of `Flatten`. Pieces marked as lone touch nothing.
+/// pixels apart. `tolerance` is that of `Flatten`. Lone arcs touch nothing.
 void AlignTouchingSides(const OffsetChain& chain, double tolerance, double nearness, FlatChain& flat);
 
 /// Where the piece behind a segment passes a point near that segment, as seen along the segment.

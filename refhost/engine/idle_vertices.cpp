@@ -21,6 +21,7 @@ class Cone {
     Point right_{}, left_{};
 };
 
+bool IsBusy(std::span<const CurvePiece> loop, double tolerance);
 std::vector<CurvePiece> WithoutShortPieces(std::span<const CurvePiece> loop, double tolerance);
 std::size_t FirstCorner(std::span<const CurvePiece> loop, double tolerance);
 bool GoesStraightOn(const CurvePiece& before, const CurvePiece& after, double tolerance);
@@ -33,19 +34,35 @@ Outline WithoutIdleVertices(const Outline& outline, double tolerance) {
     Outline result;
     result.pieces.reserve(outline.pieces.size());
     for (std::size_t i = 0; i < outline.LoopCount(); ++i) {
+        if (IsBusy(outline.Loop(i), tolerance)) {
+            result.pieces.insert(result.pieces.end(), outline.Loop(i).begin(), outline.Loop(i).end());
+            result.CloseLoop();
+            continue;
+        }
         std::vector<CurvePiece> loop = WithoutShortPieces(outline.Loop(i), tolerance);
         if (loop.size() > 1) {
             std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(FirstCorner(loop, tolerance)), loop.end());
         }
         const std::size_t begin = result.pieces.size();
         AppendJoined(loop, tolerance, result);
-        if (IsOutAndBack(std::span(result.pieces).subspan(begin))) result.pieces.erase(result.pieces.begin() + static_cast<std::ptrdiff_t>(begin), result.pieces.end());
+        if (IsOutAndBack(std::span(result.pieces).subspan(begin)))
+            result.pieces.erase(result.pieces.begin() + static_cast<std::ptrdiff_t>(begin), result.pieces.end());
         result.CloseLoop();
     }
     return result;
 }
 
 namespace {
+
+// Every vertex carries something, as in most loops.
+bool IsBusy(std::span<const CurvePiece> loop, double tolerance) {
+    const CurvePiece* before = &loop.back();
+    for (const CurvePiece& piece : loop) {
+        if (ControlLength(piece.curve) <= tolerance || GoesStraightOn(*before, piece, tolerance)) return false;
+        before = &piece;
+    }
+    return true;
+}
 
 // Measured from the last vertex kept, so that many short pieces in a row still add up.
 std::vector<CurvePiece> WithoutShortPieces(std::span<const CurvePiece> loop, double tolerance) {

@@ -80,8 +80,9 @@ Placement PlacementFor(const Outline& outline, double reach) {
 /// The outline of the nonzero-filled region: it winds once around every inside point and not at all around the others. Sides that
 /// are `touch` pixels apart or less have nothing between them.
 Outline Resolved(const Outline& outline, double touch) {
-    const OffsetChain chain = ChainOf(Regularised(outline));
-    FlatChain flat = Flatten(chain, kRegionTolerance);
+    const Outline regular = Regularised(outline);
+    const OffsetChain chain = ChainOf(regular);
+    FlatChain flat = FlattenArcs(chain, CutIntoArcs(regular, kRegionTolerance), kRegionTolerance);
     AlignTouchingSides(chain, kRegionTolerance, touch, flat);
     const Boundary boundary = FindBoundary(flat.segments, WindingRule::kNonZero);
     return RebuildCurves(chain, flat, boundary, kRegionTolerance);

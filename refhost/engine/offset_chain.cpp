@@ -5,7 +5,6 @@
 #include <numbers>
 #include <optional>
 
-#include "refhost/engine/lone_pieces.h"
 #include "refhost/engine/parallel_curve.h"
 
 namespace refhost {
@@ -35,11 +34,7 @@ OffsetChain ChainOf(const Outline& outline) {
     OffsetChain chain;
     chain.loop_ends = outline.loop_ends;
     chain.pieces.reserve(outline.pieces.size());
-    const std::vector<bool> is_lone = FindLonePieces(outline);
-    for (std::size_t i = 0; i < outline.pieces.size(); ++i) {
-        const CurvePiece& piece = outline.pieces[i];
-        chain.pieces.push_back({piece.curve, piece.straight, false, 0, is_lone[i]});
-    }
+    for (const CurvePiece& piece : outline.pieces) chain.pieces.push_back({piece.curve, piece.straight, false, 0});
     return chain;
 }
 

@@ -16,9 +16,8 @@ struct JoinStyle {
 struct ChainPiece {
     Cubic curve;
     bool straight;
-    bool scaffold;      // in the chain only to keep its winding numbers right; no part of a true offset lies on it
-    double distance;    // of the parallel; 0: the curve itself
-    bool lone = false;  // its chord is enough to find what it crosses: nothing
+    bool scaffold;    // in the chain only to keep its winding numbers right; no part of a true offset lies on it
+    double distance;  // of the parallel; 0: the curve itself
 
     Point At(double t) const;  // of the curve, or of its exact parallel
 };

@@ -155,12 +155,14 @@ Junction LoopRebuilder::Connect(Run& before, Run& after) const {
 }
 
 // Newton's method for A(u) = B(v). The answer counts only if it lies near the crossing of the chords and leaves both runs their
-// direction. Nearly parallel curves have none such and keep their ends.
+// direction. Nearly parallel curves have none such and keep their ends, and so do runs between which something was
+// left out.
 bool LoopRebuilder::MoveToCrossing(Run& before, Run& after) const {
     const ChainPiece& a = PieceOf(before);
     const ChainPiece& b = PieceOf(after);
     double u = before.to;
     double v = after.from;
+    if (Distance(a.At(u), b.At(v)) > kCrossingReach * tolerance_) return false;
     double sine = 1;
     for (int round = 0; round < kNewtonRounds; ++round) {
         const Point gap = b.At(v) - a.At(u);

@@ -5,7 +5,7 @@
 #include <set>
 
 #include "refhost/engine/arrangement.h"
-#include "refhost/engine/lone_pieces.h"
+#include "refhost/engine/lone_arcs.h"
 #include "tests/support/offset_distance.h"
 
 namespace refhost {
@@ -168,10 +168,12 @@ std::vector<bool> LonePiecesOf(const std::vector<Point>& corners, std::optional<
     }
     if (curve) outline.pieces.front() = {*curve, false};
     outline.CloseLoop();
-    return FindLonePieces(outline);
+    std::vector<bool> is_lone(outline.pieces.size());
+    for (const Arc& arc : CutIntoArcs(outline, 1e3)) is_lone[arc.piece] = arc.lone;
+    return is_lone;
 }
 
-TEST(LonePieces, NeitherCrossThemselvesNorComeNearOthersNorTurnBackAtTheirEnds) {
+TEST(LoneArcs, NeitherCrossThemselvesNorComeNearOthersNorTurnBackAtTheirEnds) {
     using Lone = std::vector<bool>;
     const Point a{0, 0}, b{100, 0}, c{100, 90}, d{0, 90};
     EXPECT_EQ(LonePiecesOf({a, b, c, d}), Lone({true, true, true, true}));
