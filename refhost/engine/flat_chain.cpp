@@ -38,14 +38,7 @@ class Flattener {
 
 }  // namespace
 
-FlatChain Flatten(const OffsetChain& chain, double tolerance) {
-    std::vector<Arc> arcs;
-    arcs.reserve(chain.pieces.size());
-    for (std::uint32_t i = 0; i < chain.pieces.size(); ++i) arcs.push_back({i, 0, 1, false});
-    return FlattenArcs(chain, arcs, tolerance);
-}
-
-FlatChain FlattenArcs(const OffsetChain& chain, std::span<const Arc> arcs, double tolerance) {
+FlatChain Flatten(const OffsetChain& chain, std::span<const Arc> arcs, double tolerance) {
     return Flattener(chain, tolerance).Flatten(arcs);
 }
 

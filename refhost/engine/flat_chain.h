@@ -28,11 +28,9 @@ struct FlatChain {
     std::vector<SegmentSource> sources;
 };
 
-/// Chords of all pieces, each within `tolerance` pixels of its piece before rounding to the grid.
-FlatChain Flatten(const OffsetChain& chain, double tolerance);
-
-/// The same for the chain of an outline that is cut into `arcs`: single chords for the lone ones.
-FlatChain FlattenArcs(const OffsetChain& chain, std::span<const Arc> arcs, double tolerance);
+/// Chords of all `arcs` of a chain, each within `tolerance` pixels of its piece before rounding to the grid; a single one for a
+/// lone arc.
+FlatChain Flatten(const OffsetChain& chain, std::span<const Arc> arcs, double tolerance);
 
 /// Leads sides that run along each other through the same grid points (see `FindTouches`): sides no more than `nearness`
 /// pixels apart. `tolerance` is that of `Flatten`. Lone arcs touch nothing.

@@ -169,7 +169,7 @@ std::vector<bool> LonePiecesOf(const std::vector<Point>& corners, std::optional<
     if (curve) outline.pieces.front() = {*curve, false};
     outline.CloseLoop();
     std::vector<bool> is_lone(outline.pieces.size());
-    for (const Arc& arc : CutIntoArcs(outline, 1e3)) is_lone[arc.piece] = arc.lone;
+    for (const Arc& arc : CutIntoArcs(ChainOf(outline), 1e3)) is_lone[arc.piece] = arc.lone;
     return is_lone;
 }
 
