@@ -5,37 +5,26 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <span>
 #include <vector>
 
-#include "refhost/engine/arrangement.h"
+#include "refhost/engine/grid.h"
 
 namespace refhost {
 
-/// A box of grid points, all four edges included.
-struct GridBox {
-    std::int32_t left, top, right, bottom;
-
-    bool Overlaps(const GridBox& other) const {
-        return left <= other.right && other.left <= right && top <= other.bottom && other.top <= bottom;
-    }
-    GridBox With(const GridBox& other) const {
-        return {std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
-                std::max(bottom, other.bottom)};
-    }
-};
-
-inline GridBox BoxOf(GridPoint a, GridPoint b) {
-    return {std::min(a.x, b.x), std::min(a.y, b.y), std::max(a.x, b.x), std::max(a.y, b.y)};
-}
-
 /// A static hierarchy over boxes in the order given: each node covers `kFanOut` consecutive nodes below it. Consecutive segments
 /// of an outline lie side by side, so this order needs no sorting to be a good one, and it adapts to any mixture of sizes.
+/// Pairs are found by going down two hierarchies together: Brinkhoff, Kriegel & Seeger, "Efficient processing of spatial joins
+/// using R-trees" (SIGMOD 1993).
 class BoxTree {
  public:
-    explicit BoxTree(std::span<const GridBox> boxes) {
-        levels_.push_back(Packed(boxes));
-        while (levels_.back().size() > 1) levels_.push_back(Packed(Parents(levels_.back())));
+    /// Of boxes number 0 to `count` - 1, each given by `box_of(i)`.
+    template <class BoxOfItem>
+    BoxTree(std::size_t count, const BoxOfItem& box_of) {
+        levels_.push_back(Packed(count, box_of));
+        while (levels_.back().size() > 1) {
+            const std::vector<Siblings>& below = levels_.back();
+            levels_.push_back(Packed(below.size(), [&](std::size_t i) { return below[i].Hull(); }));
+        }
     }
 
     /// Calls visit(i, j), i < j, for every pair of overlapping boxes, once each.
@@ -44,10 +33,16 @@ class BoxTree {
         PairsAmong(levels_.size() - 1, 0, visit);
     }
 
-    /// Calls visit(i) for every box that overlaps `query`.
-    template <class Visit>
-    void ForEachIn(const GridBox& query, const Visit& visit) const {
-        VisitIn(query, levels_.size() - 1, 0, visit);
+    /// Calls visit(i, j) for box i of this tree and box j of `other` wherever they overlap. `meets(i, box)` tells whether what
+    /// box i stands for comes near a box that overlaps it; pairs below one that it does not come near are left out.
+    template <class Meets, class Visit>
+    void ForEachPairWith(const BoxTree& other, const Meets& meets, const Visit& visit) const {
+        const std::size_t top = levels_.size() - 1, other_top = other.levels_.size() - 1;
+        for (std::size_t i = 0; i < kFanOut; ++i) {
+            ForEachPlace(other.levels_[other_top][0].Overlapping(BoxAt(top, i)), 0, [&](std::size_t j) {
+                PairsWith(other, {top, i}, {other_top, j}, meets, visit);
+            });
+        }
     }
 
  private:
@@ -62,6 +57,7 @@ class BoxTree {
         Four left, top, right, bottom;  // unused places overlap nothing
 
         GridBox Box(std::size_t i) const { return {left[i], top[i], right[i], bottom[i]}; }
+        GridBox Hull() const { return Box(0).With(Box(1)).With(Box(2).With(Box(3))); }
         /// Bit i is set when box i overlaps `box`.
         unsigned Overlapping(const GridBox& box) const {
             const auto all = [](std::int32_t value) { return Four{value, value, value, value}; };
@@ -71,10 +67,15 @@ class BoxTree {
         }
     };
 
-    static std::vector<Siblings> Packed(std::span<const GridBox> boxes) {
-        std::vector<Siblings> packed(std::max<std::size_t>((boxes.size() + kFanOut - 1) / kFanOut, 1));
+    struct Node {
+        std::size_t level, index;
+    };
+
+    template <class BoxOfItem>
+    static std::vector<Siblings> Packed(std::size_t count, const BoxOfItem& box_of) {
+        std::vector<Siblings> packed(std::max<std::size_t>((count + kFanOut - 1) / kFanOut, 1));
         for (std::size_t i = 0; i < packed.size() * kFanOut; ++i) {
-            const GridBox box = i < boxes.size() ? boxes[i] : GridBox{kMost, kMost, -kMost, -kMost};
+            const GridBox box = i < count ? box_of(i) : GridBox{kMost, kMost, -kMost, -kMost};
             Siblings& siblings = packed[i / kFanOut];
             siblings.left[i % kFanOut] = box.left;
             siblings.top[i % kFanOut] = box.top;
@@ -84,19 +85,13 @@ class BoxTree {
         return packed;
     }
 
-    static std::vector<GridBox> Parents(const std::vector<Siblings>& children) {
-        std::vector<GridBox> parents;
-        parents.reserve(children.size());
-        for (const Siblings& s : children) parents.push_back(s.Box(0).With(s.Box(1)).With(s.Box(2).With(s.Box(3))));
-        return parents;
-    }
-
     /// Calls visit(index) for the set bits of `places`, given the number of the siblings they belong to.
     template <class Visit>
     static void ForEachPlace(unsigned places, std::size_t siblings, const Visit& visit) {
         for (; places != 0; places &= places - 1) visit(siblings * kFanOut + static_cast<std::size_t>(std::countr_zero(places)));
     }
 
+    const Siblings& Below(Node node) const { return levels_[node.level - 1][node.index]; }
     GridBox BoxAt(std::size_t level, std::size_t node) const { return levels_[level][node / kFanOut].Box(node % kFanOut); }
 
     template <class Visit>
@@ -122,15 +117,22 @@ class BoxTree {
         });
     }
 
-    template <class Visit>
-    void VisitIn(const GridBox& query, std::size_t level, std::size_t siblings, const Visit& visit) const {
-        ForEachPlace(levels_[level][siblings].Overlapping(query), siblings, [&](std::size_t node) {
-            if (level == 0) {
-                visit(node);
-            } else {
-                VisitIn(query, level - 1, node, visit);
-            }
-        });
+    /// The larger of the two is divided first.
+    template <class Meets, class Visit>
+    void PairsWith(const BoxTree& other, Node mine, Node theirs, const Meets& meets, const Visit& visit) const {
+        const GridBox my_box = BoxAt(mine.level, mine.index);
+        const GridBox their_box = other.BoxAt(theirs.level, theirs.index);
+        if (mine.level == 0 && !meets(mine.index, their_box)) return;
+        if (mine.level == 0 && theirs.level == 0) return visit(mine.index, theirs.index);
+        if (theirs.level == 0 || (mine.level > 0 && my_box.Extent() >= their_box.Extent())) {
+            ForEachPlace(Below(mine).Overlapping(their_box), mine.index, [&](std::size_t i) {
+                PairsWith(other, {mine.level - 1, i}, theirs, meets, visit);
+            });
+        } else {
+            ForEachPlace(other.Below(theirs).Overlapping(my_box), theirs.index, [&](std::size_t j) {
+                PairsWith(other, mine, {theirs.level - 1, j}, meets, visit);
+            });
+        }
     }
 
     std::vector<std::vector<Siblings>> levels_;  // the given boxes first

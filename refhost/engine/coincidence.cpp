@@ -37,7 +37,7 @@ std::vector<Touch> FindTouches(std::span<const GridSegment> segments, std::span<
         const double parameter = test(i, p);
         if (parameter >= 0) touches.push_back({i, parameter, p});
     };
-    BoxTree(boxes).ForEachPair([&](std::size_t a, std::size_t b) {
+    BoxTree(boxes.size(), [&](std::size_t k) { return boxes[k]; }).ForEachPair([&](std::size_t a, std::size_t b) {
         const std::uint32_t i = candidates[a];
         const std::uint32_t j = candidates[b];
         if (j == i + 1 && GoesOn(segments[i], segments[j])) return;

@@ -117,7 +117,7 @@ void ArcCutter::FindLoneOnes() {
         boxes.push_back(BoxOfCandidate(c));
         c.arc.lone = c.is_shape_known && MovesAhead(c.shape);
     }
-    BoxTree(boxes).ForEachPair([&](std::size_t i, std::size_t j) {
+    BoxTree(boxes.size(), [&](std::size_t k) { return boxes[k]; }).ForEachPair([&](std::size_t i, std::size_t j) {
         Candidate& a = candidates_[open[i]];
         Candidate& b = candidates_[open[j]];
         const bool only_touch =

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <optional>
 #include <random>
 #include <set>
@@ -104,6 +105,27 @@ TEST(Arrangement, LargestCoordinatesStayExact) {
     const double square = 4.0 * k * k;
     EXPECT_EQ(Areas({{{-k, -k}, {k, -k}, {k, k}, {-k, k}}}, kPositive), Expected({square}));
     EXPECT_EQ(Areas({{{-k, -k}, {k, k}, {k, -k}, {-k, k}}}, kNonZero), Expected({square / 4, square / 4}));
+}
+
+// Crossings in the boxes of thousands of long segments once tried each of them, for a quarter of a minute here. All crossings are
+// on grid points, so areas are exact.
+TEST(Arrangement, ManyLongSegmentsCostWhatTheyCross) {
+    constexpr std::int32_t kRising = 1500, kFalling = 40, kPitch = 8, kWidth = 4, kLong = 400000;
+    std::vector<Loop> loops;
+    for (std::int32_t i = 0; i < kRising; ++i) {
+        const std::int32_t x = i * kPitch;
+        loops.push_back({{x, 0}, {x + kWidth, 0}, {x + kWidth + kLong, kLong}, {x + kLong, kLong}});
+    }
+    constexpr std::int32_t kShort = (kRising / 2 + 1) * kPitch;  // falls through all the rising ones
+    for (std::int32_t j = 0; j < kFalling; ++j) {
+        const std::int32_t x = kLong / 2 + j * kPitch / 2, y = x + kPitch;
+        loops.push_back({{x, y}, {x + kShort, y - kShort}, {x + kShort + kWidth, y - kShort}, {x + kWidth, y}});
+    }
+    const std::multiset<double> areas = Areas(loops, kPositive);
+    EXPECT_EQ(areas.size(), 1 + std::size_t{kRising - 1} * (kFalling - 1)) << "a hole between every two pairs";
+    const double strips = double{kRising} * kWidth * kLong + double{kFalling} * kWidth * kShort;
+    const double shared = double{kRising} * kFalling * kWidth * kWidth / 2;
+    EXPECT_EQ(std::accumulate(areas.begin(), areas.end(), 0.0), strips - shared);
 }
 
 std::int64_t Side(const GridSegment& s, GridPoint p) {
