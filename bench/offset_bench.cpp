@@ -5,6 +5,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <iterator>
+#include <random>
 #include <string>
 
 #ifdef VRL_BENCH_CLIPPER
@@ -26,6 +28,20 @@ struct Case {
     double distance;
 };
 
+/// Random corners in a square: about a quarter of all pairs of sides cross.
+Outline RandomPolygon(int corners) {
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> coordinate(0, 1000);
+    std::vector<refhost::Point> points;
+    while (std::ssize(points) < corners) {
+        const double x = coordinate(random);
+        points.push_back({x, coordinate(random)});
+    }
+    return support::Polygon(points);
+}
+
+Outline RegularPolygon(int corners) { return support::StarPolygon(corners, 1, 100); }
+
 std::vector<Case> Cases() {
     std::vector<Case> cases;
     const auto add = [&](const std::string& name, const Outline& path, const std::vector<double>& distances) {
@@ -41,6 +57,9 @@ std::vector<Case> Cases() {
     add("traced", support::Traced(4000, 13), {5, -5, 25, -25, 120, -120});
     add("traced", support::Traced(10000, 13), {5, -5, 25});
     add("traced", support::Traced(100000, 13), {5, -5});
+    // Growth of time with size: crossings grow fourfold from row to row, pieces of the circle tenfold.
+    for (const int corners : {250, 500, 1000, 2000}) add("tangle", RandomPolygon(corners), {3});
+    for (const int corners : {1000, 10000}) add("circle", RegularPolygon(corners), {50, -50});
     return cases;
 }
 
@@ -114,13 +133,13 @@ void RegisterAll() {
     for (const Case& c : cases) {
         benchmark::RegisterBenchmark(("OffsetCurves/" + c.name).c_str(), OffsetCurves, c)->Unit(benchmark::kMillisecond);
 #ifdef VRL_BENCH_CLIPPER
-        if (c.path.VertexCount() <= 10000) {
+        if (c.path.VertexCount() <= 10000 && !c.name.starts_with("tangle")) {
             benchmark::RegisterBenchmark(("OffsetPolygons/" + c.name).c_str(), OffsetPolygons, c)->Unit(benchmark::kMillisecond);
         }
 #endif
     }
     for (const Case& c : cases) {
-        if (c.path.VertexCount() > 10000) continue;
+        if (c.path.VertexCount() > 10000 || c.name.starts_with("tangle")) continue;
         benchmark::RegisterBenchmark(("OffsetDeviation/" + c.name).c_str(), OffsetDeviation, c)
             ->Iterations(1)
             ->Unit(benchmark::kMillisecond);

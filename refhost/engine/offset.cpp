@@ -16,12 +16,13 @@ namespace {
 constexpr double kFitTolerance = 0.01;      // pixels, for curves fitted and for chords that find out what covers what
 constexpr double kRegionTolerance = 0.002;  // for the region itself: thinner parts of it may be taken for nothing
 constexpr double kStepTolerance = 0.005;    // the same where errors of several steps add up
-constexpr double kLongPiece = 5;          // pixels; traced outlines of 3 px a piece took 18 % longer when cut into arcs, by 1 px
-constexpr std::size_t kManyPieces = 300;  // an outline of more is offset in steps
-constexpr double kStepPieces = 4;         // length of a step, in mean pieces
-constexpr double kSpeckSize = 0.05;       // pixels; a contour smaller than this both ways is left out
-constexpr double kLargestInput = 1e9;     // pixels
-constexpr double kLongestMiter = 100;     // times the distance; longer ones are bevelled whatever the limit
+constexpr double kLongPiece = 5;       // pixels; traced outlines of 3 px a piece took 18 % longer when cut into arcs, by 1 px
+constexpr double kFewPieces = 300;     // an outline of fewer may cost as much as one of so many
+constexpr double kTornShare = 0.1;     // of the pieces: joins that a longer step may open
+constexpr double kStepPieces = 4;      // length of the shortest step, in mean pieces
+constexpr double kSpeckSize = 0.05;    // pixels; a contour smaller than this both ways is left out
+constexpr double kLargestInput = 1e9;  // pixels
+constexpr double kLongestMiter = 100;  // times the distance; longer ones are bevelled whatever the limit
 
 /// The placement in which the work is done: centred, and scaled down when the grid would not hold it otherwise.
 struct Placement {
@@ -29,11 +30,21 @@ struct Placement {
     double scale;
 };
 
+/// How far an outline can be offset to one side, in pixels, until something happens to its pieces; one value each.
+struct Bends {
+    std::vector<double> fold;  // the piece folds over; infinite where it bends the other way
+    std::vector<double> tear;  // the join in front of it needs an arc
+};
+
 void RequireUsable(const Outline& outline, double distance, double miter_limit);
 Placement PlacementFor(const Outline& outline, double reach);
 Outline Resolved(const Outline& outline, double touch);
 Outline Offset(Outline outline, double distance, JoinStyle style);
 Outline OffsetOnce(const Outline& outline, double distance, JoinStyle style, double tolerance);
+double StepTowards(const Outline& outline, double distance);
+bool IsSimpleStep(const Bends& bends, double step, double shortest);
+Bends BendsOf(const Outline& outline, double side);
+double BendBetween(Point before, Point after);
 double MeanPieceLength(const Outline& outline);
 bool IsSpeck(std::span<const CurvePiece> loop);
 std::vector<CurveContour> ToContours(const Outline& outline);
@@ -89,21 +100,66 @@ Outline Resolved(const Outline& outline, double touch) {
 }
 
 // Growing by a and then by b is growing by a + b, and likewise for shrinking: sets of discs add up. A long way is gone in steps
-// of a few pieces' length each, because most of the outline's detail disappears on the first ones, before it can cross everything
-// else. Mitres and bevels do not add up like that.
+// where most of the outline's detail disappears on the first ones, before it can cross everything else. Mitres and bevels do not
+// add up like that.
 Outline Offset(Outline outline, double distance, JoinStyle style) {
-    double remaining = std::abs(distance);
-    while (remaining > 0 && !outline.pieces.empty()) {
-        const double piece = MeanPieceLength(outline);
-        const bool in_steps =
-            style.join == OffsetJoin::kRound && outline.pieces.size() > kManyPieces && remaining > 2 * kStepPieces * piece;
-        const double step = in_steps ? kStepPieces * piece : remaining;
-        const double tolerance = step == std::abs(distance) ? kFitTolerance : kStepTolerance;
-        outline = OffsetOnce(outline, std::copysign(step, distance), style, tolerance);
+    double remaining = distance;
+    while (remaining != 0 && !outline.pieces.empty()) {
+        const double step = style.join == OffsetJoin::kRound ? StepTowards(outline, remaining) : remaining;
+        const double tolerance = step == distance ? kFitTolerance : kStepTolerance;
+        outline = OffsetOnce(outline, step, style, tolerance);
         remaining -= step;
     }
     return outline;
 }
+
+// The longest step that keeps the chain simple, twice as long again and again; the whole way when that is as simple.
+double StepTowards(const Outline& outline, double distance) {
+    const double shortest = kStepPieces * MeanPieceLength(outline);
+    const bool has_length = shortest > 0;  // not so where every piece is a loop
+    if (!has_length || std::abs(distance) <= 2 * shortest) return distance;
+    const Bends bends = BendsOf(outline, std::copysign(1, distance));
+    const auto is_simple = [&](double step) { return IsSimpleStep(bends, step, shortest); };
+    if (is_simple(std::abs(distance))) return distance;
+    double step = shortest;
+    while (is_simple(2 * step)) step *= 2;
+    return std::copysign(step, distance);
+}
+
+// A piece that folds over lies across the parallels of those that it reaches. They must not meet each other more often than it
+// takes to go a part of the way first. And a step must not tear open the joins of a smooth outline: each would get an arc.
+bool IsSimpleStep(const Bends& bends, double step, double shortest) {
+    const auto count_within = [](const std::vector<double>& distances, double way) {
+        return static_cast<double>(std::count_if(distances.begin(), distances.end(), [&](double d) { return d < way; }));
+    };
+    const double pieces = std::max(static_cast<double>(bends.fold.size()), kFewPieces);
+    const double folded = count_within(bends.fold, step);
+    const double reached = kStepPieces * step / shortest;
+    const double torn = count_within(bends.tear, step) - count_within(bends.tear, shortest);
+    return folded * std::min(folded, reached) <= pieces && torn <= kTornShare * pieces;
+}
+
+Bends BendsOf(const Outline& outline, double side) {
+    Bends bends;
+    bends.fold.reserve(outline.pieces.size());
+    bends.tear.reserve(outline.pieces.size());
+    for (std::size_t i = 0; i < outline.LoopCount(); ++i) {
+        Point before = EndTangent(outline.Loop(i).back().curve);
+        for (const CurvePiece& piece : outline.Loop(i)) {
+            const Point start = StartTangent(piece.curve);
+            const Point end = EndTangent(piece.curve);
+            const double corner = BendBetween(before, start);
+            const double inwards = std::max(0.0, -side * (corner + BendBetween(start, end)));
+            bends.fold.push_back(Distance(piece.curve.p0, piece.curve.p3) / inwards);
+            bends.tear.push_back(kJoinlessGap / std::abs(corner));
+            before = end;
+        }
+    }
+    return bends;
+}
+
+// Twice the tangent of half the angle between: what the parallel on the inner side is shorter by, per unit of distance.
+double BendBetween(Point before, Point after) { return 2 * Cross(before, after) / (1 + Dot(before, after)); }
 
 Outline OffsetOnce(const Outline& outline, double distance, JoinStyle style, double tolerance) {
     const OffsetChain chain = BuildOffsetChain(Regularised(outline), distance, style, tolerance);

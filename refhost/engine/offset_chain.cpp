@@ -14,7 +14,6 @@ ChainPiece Leg(Point from, Point to) { return {LineAsCubic(from, to), true, fals
 ChainPiece Spoke(Point from, Point to) { return {LineAsCubic(from, to), true, true, 0}; }
 
 constexpr double kPi = std::numbers::pi;
-constexpr double kSmallGap = 0.01;            // pixels; parallels that end this close to each other need no join
 constexpr double kReversalSine = 0.1;         // a turn this close to 180 degrees has no reliable sign
 constexpr double kQuarterArcError = 2.73e-4;  // of the radius: deviation of the usual cubic for a quarter circle
 constexpr double kSpareArc = 1e-3;            // of the largest arc: right angles are rounded, and need no second one
@@ -62,7 +61,7 @@ void AppendOffsetLoop(std::span<const CurvePiece> loop, double distance, JoinSty
 void AppendJoin(Point corner, Point before, Point after, double distance, JoinStyle style, double tolerance,
                 std::vector<ChainPiece>& out) {
     const double turn = TurningAngle(before, after);
-    if (std::abs(turn * distance) < kSmallGap) return;
+    if (std::abs(turn * distance) < kJoinlessGap) return;
     const Point from = corner + distance * RightNormal(before);
     const Point to = corner + distance * RightNormal(after);
     const bool is_round = style.join == OffsetJoin::kRound;

@@ -4,6 +4,8 @@
 
 namespace refhost {
 
+inline constexpr double kJoinlessGap = 0.01;  // pixels; parallels that end this close to each other need no join
+
 /// How convex corners of an offset are filled. The values are the line-join codes of PostScript and PDF.
 enum class OffsetJoin { kMiter = 0, kRound = 1, kBevel = 2 };
 

@@ -219,6 +219,20 @@ TEST(Offset, LongRowsOfAlmostStraightSidesDoNotDrift) {
     }
 }
 
+// Steps of a few pieces' length got nowhere on an outline that has nothing to lose on them: this took half a minute.
+TEST(Offset, FineSmoothOutlinesGoFarAtOnce) {
+    const Outline circle = StarPolygon(100000, 1, 100);
+    for (const double distance : {50.0, -50.0}) {
+        const std::vector<CurveContour> result = Round(circle, distance);
+        ASSERT_EQ(result.size(), 1U);
+        EXPECT_LE(VertexCount(result), 100000U);
+        double farthest = 0;
+        for (const CurveSegment& s : result.front().segments)
+            farthest = std::max(farthest, std::abs(std::hypot(s.end.x, s.end.y) - 100 - distance));
+        EXPECT_LE(farthest, 0.02);
+    }
+}
+
 TEST(Offset, JoinsOfASquareHaveTheAreasOfGeometry) {
     const Outline square = Square(10, 20, 100);
     const auto area = [&](double distance, OffsetJoin join, double limit) {
