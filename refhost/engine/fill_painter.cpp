@@ -30,7 +30,6 @@ void MapPoints(const PathView& path, const PIVMatrix& matrix, std::vector<Point>
     if (!std::all_of(points.begin(), points.end(), is_finite)) throw EngineError{&kErrorNotFinite};
 }
 
-/// Takes in the rows next to the rectangle: they tell of overlaps that end within its first and last row.
 FillArea FindArea(std::span<const Point> points, const PIVDeviceRect& device) {
     constexpr double kNowhere = std::numeric_limits<double>::infinity();
     Point low = {kNowhere, kNowhere};
@@ -40,10 +39,8 @@ FillArea FindArea(std::span<const Point> points, const PIVDeviceRect& device) {
         high = {std::max(high.x, point.x), std::max(high.y, point.y)};
     }
     const FillArea shape = {FloorToInt(low.x), FloorToInt(low.y), CeilToInt(high.x), CeilToInt(high.y)};
-    const std::int64_t row_above = std::int64_t{device.top} - 1;
-    const std::int64_t end_below = std::int64_t{device.bottom} + 1;
-    return {std::max<std::int64_t>(device.left, shape.left), std::max(row_above, shape.top),
-            std::min<std::int64_t>(device.right, shape.right), std::min(end_below, shape.bottom)};
+    return {std::max<std::int64_t>(device.left, shape.left), std::max<std::int64_t>(device.top, shape.top),
+            std::min<std::int64_t>(device.right, shape.right), std::min<std::int64_t>(device.bottom, shape.bottom)};
 }
 
 }  // namespace
@@ -54,7 +51,7 @@ FillPainter::FillPainter(const PathView& path, const PIVMatrix& matrix, const PI
     Workspace& workspace = OfThread<Workspace>();
     MapPoints(path, matrix, workspace.points);
     const FillArea area = FindArea(workspace.points, device);
-    if (area.IsEmpty() || device.top >= device.bottom) return;
+    if (area.IsEmpty()) return;
     if (area.right - area.left > kMostExtent || area.bottom - area.top > kMostExtent) throw EngineError{&kErrorBadArgument};
 
     rows_ = workspace.converter.Convert(path.operators, workspace.points, area, device, best_quality);
@@ -71,8 +68,7 @@ const PIVRun* FillPainter::Row(void* painter, std::int32_t y, const PIVRasterPai
 /// Puts the row's coverages to their places in the raster.
 const PIVRun* FillPainter::UnpackRow(std::int32_t y) {
     const std::int64_t row = y - first_row_;
-    if (y < device_.top || y >= device_.bottom || row < 0 || row >= static_cast<std::int64_t>(rows_.starts.size()))
-        return &empty_row_;
+    if (row < 0 || row >= static_cast<std::int64_t>(rows_.starts.size())) return &empty_row_;
     const FillRows::Start start = rows_.starts[static_cast<std::size_t>(row)];
     const PIVRun* const runs = &rows_.runs[start.run];
     const std::uint8_t* coverage = rows_.coverage.data() + start.coverage;

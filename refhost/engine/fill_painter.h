@@ -14,10 +14,8 @@ namespace refhost {
 /// rectangle's area. The coverage raster is a single row, which the row function fills in; so one thread uses a painter at a
 /// time.
 ///
-/// At best quality curves are followed to 0.005 px, else to 0.02 px, and a path that overlaps itself is resolved; without that, a
-/// pixel that meets different windings takes their mean. An overlap is seen when it takes the mean winding of some pixel in or
-/// next to the rectangle's rows out of [0, 1] and [-1, 0]: one smaller than a pixel or less than a row tall is resolved only
-/// beside a larger one. Otherwise a row is the same whatever other rows the rectangle holds.
+/// Curves are followed to 0.005 px at best quality, else to 0.02 px. Where the path overlaps itself the area counts once, down to
+/// overlaps within a pixel. A row is the same whatever other rows the rectangle holds.
 class FillPainter {
  public:
     /// The path is not needed afterwards. Of `device` only left, top, right and bottom matter; an empty rectangle makes a

@@ -13,13 +13,13 @@ constexpr double kFar = 1 << 18;  // pixels above or below the area beyond which
 /// A point of the flattened outline.
 struct Vertex {
     Point at;
-    std::int32_t x = 0, y = 0;  // rounded, sub-units from the area's corner, when it is near
-    bool is_near = false;       // between the area's sides and at most `kFar` above or below it
+    OutlineVertex rounded{};  // when it is near
+    bool is_near = false;     // between the area's sides and at most `kFar` above or below it
 };
 
 class LineBuilder {
  public:
-    LineBuilder(const FillArea& area, double tolerance, std::vector<OutlineLine>& lines);
+    LineBuilder(const FillArea& area, double tolerance, OutlineLines& outline);
     void AddOutline(std::span<const PIVPointType> operators, std::span<const Point> points);
 
  private:
@@ -29,14 +29,15 @@ class LineBuilder {
     void AddClipped(Point from, Point to);
     void AddBetweenSides(Point from, Point to);
     Point CutIfFar(Point end, Point other) const;
-    void AddNear(const Vertex& from, const Vertex& to);
+    void AddNear(OutlineVertex from, OutlineVertex to);
+    void GoOn(OutlineVertex from, std::int32_t winding);
 
     VisibleBox box_;           // the area
     VisibleBox near_;          // where points are rounded as they are
     std::int64_t left_, top_;  // of the area, sub-units
     std::int32_t height_;      // of the area, sub-units
     double tolerance_;
-    std::vector<OutlineLine>& lines_;
+    OutlineLines& outline_;
     std::vector<Point> curve_;
 };
 
@@ -54,7 +55,7 @@ double CrossingOf(double at, double from, double to, double from_other, double t
     return std::abs(at - from) <= std::abs(at - to) ? from_other + (at - from) * slope : to_other + (at - to) * slope;
 }
 
-LineBuilder::LineBuilder(const FillArea& area, double tolerance, std::vector<OutlineLine>& lines)
+LineBuilder::LineBuilder(const FillArea& area, double tolerance, OutlineLines& outline)
     : box_{static_cast<double>(area.left), static_cast<double>(area.top), static_cast<double>(area.right),
            static_cast<double>(area.bottom)},
       near_{box_.left, box_.top - kFar, box_.right, box_.bottom + kFar},
@@ -62,7 +63,7 @@ LineBuilder::LineBuilder(const FillArea& area, double tolerance, std::vector<Out
       top_(area.top * kSubOne),
       height_(area.Rows() * kSubOne),
       tolerance_(tolerance),
-      lines_(lines) {}
+      outline_(outline) {}
 
 void LineBuilder::AddOutline(std::span<const PIVPointType> operators, std::span<const Point> points) {
     Vertex first{};
@@ -87,7 +88,7 @@ void LineBuilder::AddOutline(std::span<const PIVPointType> operators, std::span<
 
 Vertex LineBuilder::VertexAt(Point p) const {
     if (p.x < near_.left || p.x > near_.right || p.y < near_.top || p.y > near_.bottom) return {p};
-    return {p, static_cast<std::int32_t>(RoundToSub(p.x) - left_), static_cast<std::int32_t>(RoundToSub(p.y) - top_), true};
+    return {p, {static_cast<std::int32_t>(RoundToSub(p.x) - left_), static_cast<std::int32_t>(RoundToSub(p.y) - top_)}, true};
 }
 
 void LineBuilder::AddCurve(const Cubic& cubic, Vertex from) {
@@ -102,7 +103,7 @@ void LineBuilder::AddCurve(const Cubic& cubic, Vertex from) {
 
 void LineBuilder::AddLine(const Vertex& from, const Vertex& to) {
     if (from.is_near && to.is_near)
-        AddNear(from, to);
+        AddNear(from.rounded, to.rounded);
     else
         AddClipped(from.at, to.at);
 }
@@ -119,7 +120,9 @@ void LineBuilder::AddClipped(Point from, Point to) {
     AddClipped(cut, to);
 }
 
-void LineBuilder::AddBetweenSides(Point from, Point to) { AddNear(VertexAt(CutIfFar(from, to)), VertexAt(CutIfFar(to, from))); }
+void LineBuilder::AddBetweenSides(Point from, Point to) {
+    AddNear(VertexAt(CutIfFar(from, to)).rounded, VertexAt(CutIfFar(to, from)).rounded);
+}
 
 Point LineBuilder::CutIfFar(Point end, Point other) const {
     if (end.y >= near_.top && end.y <= near_.bottom) return end;
@@ -127,21 +130,35 @@ Point LineBuilder::CutIfFar(Point end, Point other) const {
     return {std::clamp(CrossingOf(y, end.y, other.y, end.x, other.x), box_.left, box_.right), y};
 }
 
-void LineBuilder::AddNear(const Vertex& from, const Vertex& to) {
-    const bool down = from.y < to.y;
-    const Vertex& upper = down ? from : to;
-    const Vertex& lower = down ? to : from;
-    if (upper.y == lower.y || lower.y <= 0 || upper.y >= height_) return;
-    constexpr double kSlopeOne = std::int64_t{1} << kSlopeBits;
-    const double slope = kSlopeOne * (lower.x - upper.x) / (lower.y - upper.y);
-    lines_.push_back({static_cast<std::int64_t>(slope), upper.x, upper.y, lower.x, lower.y, down ? 1 : -1, 0});
+void LineBuilder::AddNear(OutlineVertex from, OutlineVertex to) {
+    if (from.y == to.y || std::max(from.y, to.y) <= 0 || std::min(from.y, to.y) >= height_) return;
+    GoOn(from, from.y < to.y ? 1 : -1);
+    outline_.vertices.push_back(to);
+    OutlineChain& chain = outline_.chains.back();
+    (chain.winding > 0 ? chain.last : chain.first) = static_cast<std::int32_t>(outline_.vertices.size() - 1);
+}
+
+/// Makes `from` the last vertex, of a new chain unless one ends there. Where parts of the outline were left out, the height
+/// tells.
+void LineBuilder::GoOn(OutlineVertex from, std::int32_t winding) {
+    const bool continues =
+        !outline_.chains.empty() && outline_.chains.back().winding == winding && outline_.vertices.back().y == from.y;
+    if (continues && outline_.vertices.back().x == from.x) return;
+    outline_.vertices.push_back(from);
+    const auto first = static_cast<std::int32_t>(outline_.vertices.size() - 1);
+    if (!continues) outline_.chains.push_back({first, first, winding, 0});
 }
 
 }  // namespace
 
+void OutlineLines::Clear() {
+    vertices.clear();
+    chains.clear();
+}
+
 void AppendOutlineLines(std::span<const PIVPointType> operators, std::span<const Point> points, double tolerance,
-                        const FillArea& area, std::vector<OutlineLine>& lines) {
-    LineBuilder(area, tolerance, lines).AddOutline(operators, points);
+                        const FillArea& area, OutlineLines& outline) {
+    LineBuilder(area, tolerance, outline).AddOutline(operators, points);
 }
 
 }  // namespace refhost

@@ -19,40 +19,33 @@ struct FillArea {
     std::int32_t Rows() const { return static_cast<std::int32_t>(bottom - top); }
 };
 
-/// A line of the flattened outline, in sub-units from the area's left top corner, upper end first. x stays inside the area, y
-/// may leave it at both ends.
-struct OutlineLine {
-    std::int64_t slope;  // x per y, kSlopeBits of fraction, cut off towards zero
-    std::int32_t x_top, y_top, x_bottom, y_bottom;
-    std::int32_t winding;  // 1 when the outline runs down, -1 when it runs up
-    std::int32_t next;     // free for the user of the line
-
-    std::int32_t XAt(std::int32_t y) const;
-    /// `row` is one the line passes.
-    RowPiece PieceIn(std::int32_t row) const;
+/// A corner of the flattened outline, in sub-units from the area's left top corner. x stays inside the area, y may leave it.
+struct OutlineVertex {
+    std::int32_t x, y;
 };
-inline constexpr int kSlopeBits = 30;  // a line as tall as the largest area is off by a sub-unit at its foot
 
-/// Flattens the outline and cuts it into lines, in outline order. Parts above, below and right of the area are left out; parts
+/// Lines that follow each other downwards, each starting at the height where the one before ends: every height between the ends
+/// of the chain meets it once. Two vertices of equal height are a step to the side. It starts above the area's foot and ends
+/// below its top.
+struct OutlineChain {
+    std::int32_t first, last;  // vertices, at least two; `first` is the uppermost
+    std::int32_t winding;      // 1 when the outline runs down, -1 when it runs up; also the step from vertex to vertex
+    std::int32_t next;         // free for the user of the chain
+};
+
+/// The lines of an outline, in outline order.
+struct OutlineLines {
+    std::vector<OutlineVertex> vertices;
+    std::vector<OutlineChain> chains;
+
+    void Clear();
+};
+
+/// Flattens the outline and cuts it into lines. Parts above, below and right of the area are left out; parts
 /// left of it become lines on its left border, for they wind round every pixel of their rows. Rounding does not depend on
 /// `area.top` and `area.bottom`.
 /// `operators` make a path, one for each of the finite `points`; `area` measures a million columns and rows at most.
 void AppendOutlineLines(std::span<const PIVPointType> operators, std::span<const Point> points, double tolerance,
-                        const FillArea& area, std::vector<OutlineLine>& lines);
-
-/// Rounding the product keeps x between the ends of the line, because the slope is never too steep.
-inline std::int32_t OutlineLine::XAt(std::int32_t y) const {
-    const std::int64_t run = slope * (y - y_top) + (std::int64_t{1} << (kSlopeBits - 1));
-    return x_top + static_cast<std::int32_t>(run >> kSlopeBits);
-}
-
-inline RowPiece OutlineLine::PieceIn(std::int32_t row) const {
-    const std::int32_t row_top = row * kSubOne;
-    const std::int32_t row_bottom = row_top + kSubOne;
-    const bool starts = y_top >= row_top;
-    const bool ends = y_bottom <= row_bottom;
-    return {starts ? x_top : XAt(row_top), ends ? x_bottom : XAt(row_bottom), starts ? y_top - row_top : 0,
-            ends ? y_bottom - row_top : kSubOne, winding};
-}
+                        const FillArea& area, OutlineLines& outline);
 
 }  // namespace refhost

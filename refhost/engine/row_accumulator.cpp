@@ -5,11 +5,16 @@ namespace refhost {
 /// Pieces on the right border write one column past it, and pass on to the next.
 void RowAccumulator::Reset(std::int32_t columns) {
     columns_ = columns;
-    const std::size_t written = static_cast<std::size_t>(columns) + 2;
-    const std::size_t words = (written >> kWordBits) + 1;
-    sums_.assign(written, 0);
-    dirty_.assign(words, 0);
-    dirty_words_.assign((words >> kWordBits) + 1, 0);
+    sums_.assign(static_cast<std::size_t>(columns) + 2, 0);
+}
+
+/// The right border passes on to columns that do not exist.
+void RowAccumulator::Clear() {
+    sums_[static_cast<std::size_t>(columns_)] = 0;
+    sums_[static_cast<std::size_t>(columns_) + 1] = 0;
+    drained_ = 0;
+    written_ = 0;
+    area_ = 0;
 }
 
 /// Shares the height out by where the piece meets the column borders; the last column takes what is left, so nothing is lost.
@@ -31,7 +36,7 @@ void RowAccumulator::AddAcross(std::int32_t low, std::int32_t high, std::int32_t
         AddCell(++sum, reached - used, kSubOne);
     }
     AddCell(++sum, height - reached, high - border);
-    Mark(first, last + 1);
+    written_ = std::max(written_, last + 2);
 }
 
 }  // namespace refhost

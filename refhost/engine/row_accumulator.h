@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -23,37 +22,38 @@ struct RowPiece {
     std::int32_t winding;  // what it adds to the winding number on its right: 1 or -1
 };
 
-/// Sums the signed areas to the right of the pieces of one pixel row, column by column. The sums are whole numbers: they do not
-/// depend on the order of the pieces, and pieces that cancel cancel exactly. They wrap silently; results are right while
-/// winding numbers stay below 1024.
+/// What a line does to the filled area when the winding number goes from `left` to `right` there: 1 enters it, -1 leaves it.
+inline std::int32_t SideOf(std::int32_t left, std::int32_t right) {
+    return static_cast<std::int32_t>(right != 0) - static_cast<std::int32_t>(left != 0);
+}
+
+/// Sums the signed areas to the right of the pieces of one pixel row, column by column, from the left: what is drained takes no
+/// more pieces. The sums are whole numbers: they do not depend on the order of the pieces, and pieces that cancel cancel exactly.
+/// They wrap, so only winding numbers that end between -1024 and 1023 count.
 class RowAccumulator {
  public:
-    /// Makes room for pixel columns 0 to `columns` - 1. All sums are zero, as after `Drain`.
+    /// Makes room for pixel columns 0 to `columns` - 1. All sums are zero, as after `Clear`.
     void Reset(std::int32_t columns);
 
     /// `piece` reaches from x 0 to `columns` * kSubOne at most.
     void Add(const RowPiece& piece);
 
-    /// Calls `span(area, end)` for stretches of equal winding area, left to right up to the last column, and clears the row.
-    /// `area` is the mean winding number over each pixel times kFullArea.
+    /// Calls `span(area, end)` for stretches of equal winding area, left to right, from where the call before stopped up to
+    /// `column`. `area` is the mean winding number over each pixel times kFullArea.
     template <class Span>
-    void Drain(Span span);
+    void DrainBefore(std::int32_t column, Span span);
+    /// To be called when all columns are drained.
+    void Clear();
 
  private:
-    static constexpr int kWordBits = 6;  // a word of `dirty_` is for 64 columns, one of `dirty_words_` for 64 such words
-    static constexpr std::int32_t kInWord = (1 << kWordBits) - 1;
-    static constexpr std::uint64_t kAllColumns = ~std::uint64_t{0};
-
     static void AddCell(std::uint32_t* sum, std::int32_t height, std::int32_t twice_from_left);
     void AddAcross(std::int32_t low, std::int32_t high, std::int32_t height);
-    void Mark(std::int32_t first, std::int32_t last);
-    void MarkWord(std::int32_t word, std::uint64_t columns);
-    void ForgetBehind();
 
     std::int32_t columns_ = 0;
-    std::vector<std::uint32_t> sums_;         // change of the winding area from one column to the next
-    std::vector<std::uint64_t> dirty_;        // a bit per column: its sum was written
-    std::vector<std::uint64_t> dirty_words_;  // a bit per word of `dirty_`
+    std::int32_t drained_ = 0;         // columns
+    std::int32_t written_ = 0;         // no sum from here on was written
+    std::uint32_t area_ = 0;           // of the last drained column
+    std::vector<std::uint32_t> sums_;  // change of the winding area from one column to the next
 };
 
 inline void RowAccumulator::Add(const RowPiece& piece) {
@@ -64,7 +64,7 @@ inline void RowAccumulator::Add(const RowPiece& piece) {
     const std::int32_t left = column << kSubBits;
     if (high <= left + kSubOne) {
         AddCell(&sums_[static_cast<std::size_t>(column)], height, (low - left) + (high - left));
-        Mark(column, column + 1);
+        written_ = std::max(written_, column + 2);
     } else {
         AddAcross(low, high, height);
     }
@@ -77,53 +77,20 @@ inline void RowAccumulator::AddCell(std::uint32_t* sum, std::int32_t height, std
     sum[1] += static_cast<std::uint32_t>(passed_on);
 }
 
-inline void RowAccumulator::Mark(std::int32_t first, std::int32_t last) {
-    const std::int32_t first_word = first >> kWordBits;
-    const std::int32_t last_word = last >> kWordBits;
-    const std::uint64_t from_first = kAllColumns << (first & kInWord);
-    const std::uint64_t to_last = kAllColumns >> (kInWord - (last & kInWord));
-    if (first_word == last_word) {
-        MarkWord(first_word, from_first & to_last);
-        return;
-    }
-    MarkWord(first_word, from_first);
-    for (std::int32_t word = first_word + 1; word < last_word; ++word) MarkWord(word, kAllColumns);
-    MarkWord(last_word, to_last);
-}
-
-inline void RowAccumulator::MarkWord(std::int32_t word, std::uint64_t columns) {
-    dirty_[static_cast<std::size_t>(word)] |= columns;
-    dirty_words_[static_cast<std::size_t>(word >> kWordBits)] |= std::uint64_t{1} << (word & kInWord);
-}
-
-/// What the right border passed on to columns that do not exist.
-inline void RowAccumulator::ForgetBehind() {
-    for (const std::int32_t column : {columns_, columns_ + 1}) {
-        sums_[static_cast<std::size_t>(column)] = 0;
-        dirty_[static_cast<std::size_t>(column >> kWordBits)] &= ~(std::uint64_t{1} << (column & kInWord));
-    }
-}
-
 /// Works on copies of the members: bytes that `span` writes could otherwise be theirs, as far as the compiler can tell.
 template <class Span>
-void RowAccumulator::Drain(Span span) {
-    ForgetBehind();
+void RowAccumulator::DrainBefore(std::int32_t column, Span span) {
     std::uint32_t* const sums = sums_.data();
-    std::uint64_t* const dirty = dirty_.data();
-    std::uint32_t area = 0;
-    std::int32_t done = 0;
-    for (std::size_t group = 0; group < dirty_words_.size(); ++group) {
-        for (std::uint64_t words = std::exchange(dirty_words_[group], 0); words != 0; words &= words - 1) {
-            const std::int32_t word = (static_cast<std::int32_t>(group) << kWordBits) + std::countr_zero(words);
-            for (std::uint64_t bits = std::exchange(dirty[word], 0); bits != 0; bits &= bits - 1) {
-                const std::int32_t column = (word << kWordBits) + std::countr_zero(bits);
-                if (column > done) span(static_cast<std::int32_t>(area), column);
-                done = column;
-                area += std::exchange(sums[column], 0);
-            }
-        }
+    const std::int32_t written = written_;
+    std::int32_t drained = drained_;
+    std::uint32_t area = area_;
+    while (drained < column) {
+        if (drained < written) area += std::exchange(sums[drained], 0);
+        drained = drained + 1 < written ? drained + 1 : column;
+        span(static_cast<std::int32_t>(area), drained);
     }
-    if (columns_ > done) span(static_cast<std::int32_t>(area), columns_);
+    drained_ = drained;
+    area_ = area;
 }
 
 }  // namespace refhost

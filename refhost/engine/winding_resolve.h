@@ -10,21 +10,15 @@
 
 namespace refhost {
 
-/// Turns the pieces of one pixel row into the border of the area whose winding number is not zero: pieces that wind once, so
-/// that their signed area is the covered area. Follows every crossing of the pieces; where they are too many to follow, the row
-/// is sampled along fixed lines instead, which bounds the time.
+/// Turns pieces of one pixel row into the border of the area whose winding number is not zero: pieces that wind once, so that
+/// their signed area is the covered area. Follows every crossing of the pieces; where they are too many to follow, the row is
+/// sampled along fixed lines instead, which bounds the time.
 class WindingResolver {
  public:
-    /// `pieces` are all those of the row; they are reordered. The result is borrowed until the next call.
-    std::span<const RowPiece> Resolve(std::span<RowPiece> pieces);
+    /// Replaces `border`; `left_winding` is the number left of all pieces. Pieces are reordered.
+    void Resolve(std::span<RowPiece> pieces, std::int32_t left_winding, std::vector<RowPiece>& border);
 
  private:
-    /// Neighbouring pieces that are clear of those on either side and leave one winding number on their right.
-    struct Group {
-        std::span<RowPiece> pieces;
-        std::int32_t left_winding, right_winding;
-        bool is_chain;  // one line runs through, in pieces end to end
-    };
     /// A piece the sweep over a group is passing.
     struct Strand {
         RowPiece piece;
@@ -36,11 +30,9 @@ class WindingResolver {
         double XAt(std::int32_t y) const { return piece.x_top + slope * (y - piece.y_top); }
     };
 
-    Group TakeGroup(std::span<RowPiece>& pieces, std::int32_t left_winding);
-    void CountEnd(std::int32_t y, std::int32_t winding);
-    void AddChain(const Group& group);
-    bool Follow(const Group& group);
-    void Sample(const Group& group);
+    static std::span<RowPiece> MergeEqual(std::span<RowPiece> pieces);
+    bool Follow(std::span<const RowPiece> pieces, std::int32_t left_winding);
+    void Sample(std::span<const RowPiece> pieces, std::int32_t left_winding);
 
     void Admit(std::span<const RowPiece>& waiting, std::int32_t y);
     void Retire(std::int32_t y);
@@ -53,12 +45,10 @@ class WindingResolver {
     template <class Before, class Swapped>
     void SortStrands(Before before, Swapped swapped);
 
-    std::array<std::int32_t, kSubOne + 1> ends_{};         // per y, windings that begin less those that end
-    std::int32_t open_ends_ = 0;                           // inside the row, entries of `ends_` that are not zero
     std::array<std::uint64_t, kSubOne / 64 + 1> stops_{};  // a bit per y at which pieces end or cross
     std::vector<Strand> strands_;                          // of the current band, left to right
-    std::vector<RowPiece> border_;
-    std::size_t work_ = 0;  // strands placed and swapped in this group
+    std::vector<RowPiece>* border_ = nullptr;
+    std::size_t work_ = 0;  // strands placed and swapped in this row
 };
 
 }  // namespace refhost

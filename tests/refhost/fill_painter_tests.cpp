@@ -121,6 +121,41 @@ Outline WildLoop(double reach, int points, std::mt19937& random) {
     return support::Smooth(corners);
 }
 
+/// Lines that cross, touch or run along each other within pixels of a box of 24 pixels.
+Outline NastyOutline(std::mt19937& random) {
+    const auto number = [&](double low, double high) { return std::uniform_real_distribution<double>(low, high)(random); };
+    const auto corners = [&](double left, double top, double right, double bottom, double grid) {
+        std::vector<refhost::Point> points(3 + random() % 8);
+        for (refhost::Point& point : points)
+            point = {std::round(number(left, right) / grid) * grid, std::round(number(top, bottom) / grid) * grid};
+        return points;
+    };
+    constexpr double kFine = 1e-3;
+    const double x = number(0, 22);
+    const double y = number(0, 22);
+    std::vector<refhost::Point> points;
+    switch (random() % 5) {
+        case 0:
+            points = corners(-2, y, 26, y + number(0.05, 2), kFine);
+            break;
+        case 1:
+            points = corners(x, y, x + 2, y + 2, random() % 2 == 0 ? 1 : kFine);
+            break;
+        case 2:
+            points = {{x, y}, {y, x + 1}, {y, x + 1 + number(0.02, 0.5)}, {x, y + number(0.02, 0.5)}};
+            break;
+        case 3:
+            points = corners(0, 0, 24, 24, 0.5);
+            break;
+        default:
+            points = corners(-2, -2, 26, 26, kFine);
+    }
+    const Outline outline = random() % 4 == 0 ? support::Smooth(points) : support::Polygon(points);
+    Outline wound = outline;
+    for (auto more = random() % 3; more > 0; --more) wound.Append(random() % 4 == 0 ? outline.Reversed() : outline);
+    return random() % 3 == 0 ? wound.Append(NastyOutline(random)) : wound;
+}
+
 /// What the painter's constructor refuses with, null when it does not.
 const NUBErrorObject* Refusal(const refhost::PathView& path, const PIVMatrix& matrix = kPIVIdentity,
                               const PIVDeviceRect& device = DeviceOf(kBox)) {
@@ -145,10 +180,24 @@ TEST(FillPainter, BestQualityIsExactWhereThePathOverlapsItself) {
         EXPECT_LE(LargestError(Fill(outline, kBox), support::ExactCoverage(outline.View(), kBox)), 2) << name;
 }
 
-TEST(FillPainter, OverlapsLessThanARowTallAreResolvedOnceAnyIsSeen) {
-    Outline outline = support::StarPolygon(5, 2, 40).Shifted(50, 70);
-    for (const double height : {0.6, 0.8}) outline.Append(support::Polygon({{90, 20.1}, {140, 20.1}, {140, 20.1 + height}}));
-    EXPECT_LE(LargestError(Fill(outline, kBox), support::ExactCoverage(outline.View(), kBox)), 2);
+TEST(FillPainter, OverlapsSmallerThanAPixelAreCountedOnce) {
+    const M_LRect box = {0, 0, 24, 24};
+    std::mt19937 random(1);
+    for (int round = 0; round < 240; ++round) {
+        const Outline outline = NastyOutline(random);
+        EXPECT_LE(LargestError(Fill(outline, box), support::ExactCoverage(outline.View(), box)), 2) << round;
+    }
+}
+
+TEST(FillPainter, RunningRoundThousandsOfTimesFillsOnce) {
+    const Outline square = support::Rectangle(10.5, 10.25, 50.75, 50.5);
+    for (const Outline& once : {square, support::Circle(40, 40, 30.3)}) {
+        for (const int times : {2048, 4096}) {
+            Outline wound;
+            for (int i = 0; i < times; ++i) wound.Append(once);
+            for (const bool best : {true, false}) EXPECT_TRUE(Fill(wound, kBox, best) == Fill(once, kBox, best)) << times;
+        }
+    }
 }
 
 TEST(FillPainter, RunsAndCoveragesOfASmallRectangle) {
