@@ -46,11 +46,10 @@ void ChainSweep::NextRow() {
     row_top_ += kSubOne;
     std::size_t kept = 0;
     for (const RowChain& chain : active_) {
-        const std::int32_t next = chain.vertex + chain.vertices * chain.winding;
-        if ((next - chain.last_vertex) * chain.winding > 0) continue;
+        if (chain.vertices_below == 0) continue;
         RowChain& now = active_[kept++];
         if (&now != &chain) now = chain;
-        now.vertex = next;
+        now.vertex += chain.vertices * chain.winding;
         now.x_top = chain.x_bottom;
         now.y_top = 0;
         Cut(now, false);
@@ -71,7 +70,7 @@ void ChainSweep::Admit(std::int32_t index) {
     now.winding = chain.winding;
     now.index = index;
     now.vertex = chain.first + chain.winding;
-    now.last_vertex = chain.last;
+    now.vertices_below = (chain.last - chain.first) * chain.winding;
     now.x_top = x;
     now.y_top = is_above ? 0 : start->y - row_top_;
     Cut(now, true);
@@ -80,16 +79,15 @@ void ChainSweep::Admit(std::int32_t index) {
 /// Finds how far the chain comes in the row.
 void ChainSweep::Cut(RowChain& chain, bool starts) const {
     const OutlineVertex* vertex = outline_->vertices.data() + chain.vertex;
-    const std::int32_t left_over = (chain.last_vertex - chain.vertex) * chain.winding + 1;
     std::int32_t left = chain.x_top;
     std::int32_t right = chain.x_top;
     std::int32_t passed = 0;
-    for (; passed < left_over && vertex->y <= row_top_ + kSubOne; ++passed, vertex += chain.winding) {
+    for (; passed < chain.vertices_below && vertex->y <= row_top_ + kSubOne; ++passed, vertex += chain.winding) {
         left = std::min(left, vertex->x);
         right = std::max(right, vertex->x);
     }
     const OutlineVertex& before = vertex[-chain.winding];
-    if (passed == left_over) {
+    if (passed == chain.vertices_below) {
         chain.x_bottom = before.x;
         chain.y_bottom = before.y - row_top_;
     } else {
@@ -98,6 +96,7 @@ void ChainSweep::Cut(RowChain& chain, bool starts) const {
         chain.y_bottom = kSubOne;
     }
     chain.vertices = passed;
+    chain.vertices_below -= passed;
     chain.left = std::min(left, chain.x_bottom);
     chain.right = std::max(right, chain.x_bottom);
 }

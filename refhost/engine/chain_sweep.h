@@ -18,7 +18,7 @@ struct RowChain {
     std::int32_t x_top, x_bottom;  // there
     std::int32_t vertex;           // the first below `y_top`
     std::int32_t vertices;         // passed in the row, from `vertex` on
-    std::int32_t last_vertex;      // of the chain
+    std::int32_t vertices_below;   // that follow those
     std::int32_t winding;          // what it adds to the winding number on its right: 1 or -1
     std::int32_t index;            // of the chain
     std::int64_t slope;            // x per y where it leaves the row, kSlopeBits of fraction, cut off towards zero

@@ -77,7 +77,8 @@ void AppendPieces(const Cubic& c, int count, std::vector<Point>& points) {
     const Point squared = 3 * SecondDifference(c.p0, c.p1, c.p2);
     const Point linear = 3 * (c.p1 - c.p0) - 6 * outward * cubed;
     const Point start = c.p0 - 2 * outward * squared;
-    points.resize(points.size() + static_cast<std::size_t>(count), c.p3);
+    points.resize(points.size() + static_cast<std::size_t>(count));
+    points.back() = c.p3;
     Point* const pieces = points.data() + points.size() - count;
     for (int i = 1; i < count; ++i) {
         const double t = i * step;

@@ -29,8 +29,9 @@ class LineBuilder {
     void AddClipped(Point from, Point to);
     void AddBetweenSides(Point from, Point to);
     Point CutIfFar(Point end, Point other) const;
-    void AddNear(OutlineVertex from, OutlineVertex to);
-    void GoOn(OutlineVertex from, std::int32_t winding);
+    void AddNear(const OutlineVertex& from, const OutlineVertex& to);
+    void StartChain(const OutlineVertex& from, std::int32_t winding);
+    void EndChain();
 
     VisibleBox box_;           // the area
     VisibleBox near_;          // where points are rounded as they are
@@ -39,6 +40,9 @@ class LineBuilder {
     double tolerance_;
     OutlineLines& outline_;
     std::vector<Point> curve_;
+    // Of the chain being made:
+    std::int32_t winding_ = 0;  // 0 before the first
+    std::int32_t first_ = 0;    // vertex, in outline order
 };
 
 /// `value` pixels in sub-units, to nearest. Adding 1.5 * 2^52 leaves the rounded value in the low bits of the double; so
@@ -84,6 +88,7 @@ void LineBuilder::AddOutline(std::span<const PIVPointType> operators, std::span<
         }
     }
     AddLine(current, first);
+    EndChain();
 }
 
 Vertex LineBuilder::VertexAt(Point p) const {
@@ -130,23 +135,28 @@ Point LineBuilder::CutIfFar(Point end, Point other) const {
     return {std::clamp(CrossingOf(y, end.y, other.y, end.x, other.x), box_.left, box_.right), y};
 }
 
-void LineBuilder::AddNear(OutlineVertex from, OutlineVertex to) {
+void LineBuilder::AddNear(const OutlineVertex& from, const OutlineVertex& to) {
     if (from.y == to.y || std::max(from.y, to.y) <= 0 || std::min(from.y, to.y) >= height_) return;
-    GoOn(from, from.y < to.y ? 1 : -1);
-    outline_.vertices.push_back(to);
-    OutlineChain& chain = outline_.chains.back();
-    (chain.winding > 0 ? chain.last : chain.first) = static_cast<std::int32_t>(outline_.vertices.size() - 1);
+    const std::int32_t winding = from.y < to.y ? 1 : -1;
+    if (winding != winding_ || from.y != outline_.vertices.back().y)
+        StartChain(from, winding);
+    else if (from.x != outline_.vertices.back().x)
+        outline_.vertices.push_back(from);
+    outline_.vertices.push_back({to.x, to.y});
 }
 
-/// Makes `from` the last vertex, of a new chain unless one ends there. Where parts of the outline were left out, the height
-/// tells.
-void LineBuilder::GoOn(OutlineVertex from, std::int32_t winding) {
-    const bool continues =
-        !outline_.chains.empty() && outline_.chains.back().winding == winding && outline_.vertices.back().y == from.y;
-    if (continues && outline_.vertices.back().x == from.x) return;
+/// A line that does not go on from the last vertex starts a chain; where parts of the outline were left out, the height tells.
+void LineBuilder::StartChain(const OutlineVertex& from, std::int32_t winding) {
+    EndChain();
+    winding_ = winding;
+    first_ = static_cast<std::int32_t>(outline_.vertices.size());
     outline_.vertices.push_back(from);
-    const auto first = static_cast<std::int32_t>(outline_.vertices.size() - 1);
-    if (!continues) outline_.chains.push_back({first, first, winding, 0});
+}
+
+void LineBuilder::EndChain() {
+    const auto last = static_cast<std::int32_t>(outline_.vertices.size()) - 1;
+    if (winding_ > 0) outline_.chains.push_back({first_, last, winding_, 0});
+    if (winding_ < 0) outline_.chains.push_back({last, first_, winding_, 0});
 }
 
 }  // namespace
