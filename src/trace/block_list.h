@@ -4,6 +4,7 @@
 #include <iterator>
 #include <memory>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 /// A list of records in blocks: it grows without a copy of what is there, takes no more room than it needs, and gives blocks back
@@ -54,7 +55,7 @@ class RPBlockList {
     auto end() { return IteratorOf<RPBlockList, T>(*this, size_); }
 
     void push_back(const T& record) {
-        if (size_ == blocks_.size() * kBlock) blocks_.emplace_back(std::allocator<T>().allocate(kBlock));
+        if (size_ == blocks_.size() * kBlock) AddBlock();
         std::construct_at(&(*this)[size_], record);
         ++size_;
     }
@@ -69,6 +70,11 @@ class RPBlockList {
     struct Deallocate {
         void operator()(T* block) const { std::allocator<T>().deallocate(block, kBlock); }
     };
+
+    void AddBlock() {
+        std::unique_ptr<T, Deallocate> block(std::allocator<T>().allocate(kBlock));  // owned while the list of blocks grows
+        blocks_.push_back(std::move(block));
+    }
 
     std::vector<std::unique_ptr<T, Deallocate>> blocks_;
     std::size_t size_ = 0;
